@@ -1,0 +1,60 @@
+#pragma once
+
+#include <stdint.h>
+
+#include <string>
+
+#include "TesmirExport.h"
+#include "TesmirLogLevel.h"
+
+struct wpa_ctrl;
+
+// Client of one wpa_supplicant control socket, over two connections to it: one for commands
+// and one for unsolicited events. Not thread-safe: use one object from one thread at a time.
+// Objects come from GetWpacliWrapperHandle() and are released with delete.
+//
+// The order of the virtual functions is part of the ABI: do not reorder or insert.
+class TESMIR_EXPORT WpacliWrapper {
+public:
+    WpacliWrapper() = default;
+
+    // Closes both connections.
+    virtual ~WpacliWrapper();
+
+    // Closes whatever is open (through Close()), then opens the command connection and the
+    // event connection on the control socket |ctrlPath|. Returns 0 on success, -1 if either
+    // connection cannot be opened; the object is then left closed.
+    virtual int32_t Open(const std::string& ctrlPath);
+
+    // Closes both connections, if open. Harmless on a closed object.
+    virtual void Close();
+
+    // Sends |command| on the command connection, with the event connection attached for the
+    // duration of the call. The object must be open.
+    //
+    // wait == false: |response| receives the direct reply, at most 63 bytes, with its last byte
+    // dropped (the line feed of a normal reply) and every space removed.
+    // wait == true: the direct reply is ignored and |response| receives what GetResponse()
+    // returns for |pattern|.
+    //
+    // Returns 0 on success. On failure |response| is untouched and the result is -1 (attach
+    // failed), or the negative result of wpa_ctrl_request() or of GetResponse().
+    virtual int32_t Execute(const std::string& command, const std::string& pattern,
+                            std::string& response, bool wait);
+
+    // Waits up to 3 s in all on the event connection for an event whose text contains a match of
+    // the ECMAScript regex |pattern|. Examines the first event and then those queued behind it,
+    // one at a time, and stops at the first that matches, or at the last one queued if none
+    // does; either way its text goes to |response| and the result is 0, so a caller that needs
+    // the match must check |response|. Returns -22 on time-out or receive failure, or the
+    // negative result of select() or wpa_ctrl_pending(), leaving |response| untouched.
+    // A malformed |pattern| aborts the process once an event has arrived.
+    int32_t GetResponse(const std::string& pattern, std::string& response);
+
+private:
+    struct wpa_ctrl* mCommandConn = nullptr;
+    struct wpa_ctrl* mEventConn = nullptr;
+};
+
+// Returns a new, closed client owned by the caller.
+extern "C" TESMIR_EXPORT WpacliWrapper* GetWpacliWrapperHandle();

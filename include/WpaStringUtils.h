@@ -9,7 +9,7 @@
 // Helpers for taking supplicant replies and events apart. All bytes are data, NUL and bytes
 // above 0x7f included. Nothing is logged, no error is reported and no state is kept.
 class TESMIR_EXPORT WpaStringUtils {
-public:
+  public:
     // Removes every occurrence of |ch| anywhere in the string (not only at the ends).
     // The copy-out form overwrites |output|; |input| and |output| may be the same object.
     //   Strip("a-b-", '-', out)  ->  out == "ab"
@@ -39,5 +39,6 @@ public:
     // value, and so does a key found only in the last field. No key is added or removed.
     //   text "id 3 name <home> chan 6", keys {"id", "name", "chan"}  ->  "3", "home", "6"
     // A malformed key aborts the process.
-    static void GetKeyValues(const std::string& text, std::map<std::string, std::string>& keyValues);
+    static void GetKeyValues(const std::string& text,
+                             std::map<std::string, std::string>& keyValues);
 };

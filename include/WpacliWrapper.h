@@ -15,7 +15,7 @@ struct wpa_ctrl;
 //
 // The order of the virtual functions is part of the ABI: do not reorder or insert.
 class TESMIR_EXPORT WpacliWrapper {
-public:
+  public:
     WpacliWrapper() = default;
 
     // Closes both connections.
@@ -51,7 +51,7 @@ public:
     // A malformed |pattern| aborts the process once an event has arrived.
     int32_t GetResponse(const std::string& pattern, std::string& response);
 
-private:
+  private:
     struct wpa_ctrl* mCommandConn = nullptr;
     struct wpa_ctrl* mEventConn = nullptr;
 };

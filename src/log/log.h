@@ -24,11 +24,11 @@ inline bool LogEnabled(uint32_t bit) {
 
 // The arguments are evaluated only when the message is written; __android_log_print's format
 // attribute type-checks every call.
-#define TESMIR_LOG(bit, priority, ...)                                          \
-    do {                                                                        \
-        if (::tesmir::LogEnabled(bit)) {                                        \
-            __android_log_print((priority), ::tesmir::kLogTag, __VA_ARGS__);    \
-        }                                                                       \
+#define TESMIR_LOG(bit, priority, ...)                                       \
+    do {                                                                     \
+        if (::tesmir::LogEnabled(bit)) {                                     \
+            __android_log_print((priority), ::tesmir::kLogTag, __VA_ARGS__); \
+        }                                                                    \
     } while (0)
 
 #define LOG_ERROR(...) TESMIR_LOG(::tesmir::kLogError, ANDROID_LOG_ERROR, __VA_ARGS__)

@@ -22,8 +22,8 @@ void WpaStringUtils::Strip(const std::string& input, const std::string& set, std
 
 void WpaStringUtils::Strip(std::string& str, const std::string& set) {
     // |set| may be |str| itself: its length and bytes are read anew at every pass, after the
-    // passes before have shortened it.
-    for (size_t i = 0; i < set.size(); ++i) {
+    // passes before have shortened it. A range-for would keep iterators that the passes invalidate.
+    for (size_t i = 0; i < set.size(); ++i) {  // NOLINT(modernize-loop-convert)
         Strip(str, set[i]);
     }
 }

@@ -20,7 +20,7 @@ WpacliWrapper* GetWpacliWrapperHandle() {
 WpacliWrapper::~WpacliWrapper() {
     LOG_INFO("[%s] Called\n", "~WpacliWrapper");
     // During destruction this is always our own Close(), whatever class the object was.
-    Close();
+    Close();  // NOLINT(clang-analyzer-optin.cplusplus.VirtualCall)
 }
 
 int32_t WpacliWrapper::Open(const std::string& ctrlPath) {

@@ -2,8 +2,9 @@
 
 #include <sys/select.h>
 
-extern "C" int __real_select(int nfds, fd_set* readfds, fd_set* writefds, fd_set* exceptfds,
-                             struct timeval* timeout);
+// Names fixed by the linker's --wrap.
+extern "C" int __real_select(  // NOLINT(bugprone-reserved-identifier,readability-identifier-naming)
+        int nfds, fd_set* readfds, fd_set* writefds, fd_set* exceptfds, struct timeval* timeout);
 
 namespace fake {
 
@@ -14,8 +15,8 @@ std::vector<struct timeval>& SelectTimeouts() {
 
 }  // namespace fake
 
-extern "C" int __wrap_select(int nfds, fd_set* readfds, fd_set* writefds, fd_set* exceptfds,
-                             struct timeval* timeout) {
+extern "C" int __wrap_select(  // NOLINT(bugprone-reserved-identifier,readability-identifier-naming)
+        int nfds, fd_set* readfds, fd_set* writefds, fd_set* exceptfds, struct timeval* timeout) {
     if (timeout != nullptr) fake::SelectTimeouts().push_back(*timeout);
     return __real_select(nfds, readfds, writefds, exceptfds, timeout);
 }

@@ -27,7 +27,7 @@ struct State {
 };
 
 State& GetState() {
-    static State* state = new State();
+    static auto* state = new State();
     return *state;
 }
 
@@ -133,12 +133,13 @@ int wpa_ctrl_detach(struct wpa_ctrl* ctrl) {
 }
 
 int wpa_ctrl_request(struct wpa_ctrl* ctrl, const char* cmd, size_t cmd_len, char* reply,
-                     size_t* reply_len, void (*)(char*, size_t)) {
+                     size_t* reply_len, void (* /*msg_cb*/)(char*, size_t)) {
     const fake::WpaCtrlScript& script = GetState().script;
     Record(Op::kRequest, ctrl, std::string(cmd, cmd_len), *reply_len);
     if (script.requestResult < 0) return script.requestResult;
     const size_t copied = std::min(script.reply.size(), *reply_len);
-    memcpy(reply, script.reply.data(), copied);
+    // Replies are bytes, not C strings: no terminator is added, as with the real client.
+    memcpy(reply, script.reply.data(), copied);  // NOLINT(bugprone-not-null-terminated-result)
     *reply_len = script.replyLen.value_or(copied);
     return script.requestResult;
 }

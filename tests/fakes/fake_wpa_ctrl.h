@@ -24,15 +24,15 @@ struct Call {
 };
 
 struct WpaCtrlScript {
-    std::deque<bool> openFails;        // consumed one per wpa_ctrl_open; true returns null
+    std::deque<bool> openFails;  // consumed one per wpa_ctrl_open; true returns null
     int attachResult = 0;
     int requestResult = 0;
-    std::string reply = "OK\n";        // copied into the reply buffer, up to its capacity
-    std::optional<size_t> replyLen;    // reported reply length; default: the bytes copied
-    std::deque<int> recvResults;       // consumed one per recv; a negative one fails it
-    std::deque<int> pendingResults;    // consumed one per pending; else the real queue state
-    std::optional<int> fd;             // what wpa_ctrl_get_fd reports instead of the socket
-    std::function<void()> onOpen;      // runs inside every wpa_ctrl_open
+    std::string reply = "OK\n";      // copied into the reply buffer, up to its capacity
+    std::optional<size_t> replyLen;  // reported reply length; default: the bytes copied
+    std::deque<int> recvResults;     // consumed one per recv; a negative one fails it
+    std::deque<int> pendingResults;  // consumed one per pending; else the real queue state
+    std::optional<int> fd;           // what wpa_ctrl_get_fd reports instead of the socket
+    std::function<void()> onOpen;    // runs inside every wpa_ctrl_open
 };
 
 WpaCtrlScript& Script();

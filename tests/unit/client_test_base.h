@@ -13,7 +13,7 @@
 
 // A fresh client over the fakes, with every recording cleared and the mask at its default.
 class ClientTest : public ::testing::Test {
-protected:
+  protected:
     static constexpr const char* kPath = "/data/vendor/wifi/wpa/sockets/wlan0";
     static constexpr uint32_t kAllBits = 0xffffffff;
 

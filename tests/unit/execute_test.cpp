@@ -4,12 +4,13 @@
 #include "death.h"
 
 using fake::Op;
+using namespace std::string_literals;
 using ::testing::ElementsAre;
 
 namespace {
 
 class ExecuteTest : public ClientTest {
-protected:
+  protected:
     void SetUp() override {
         ClientTest::SetUp();
         OpenClient();
@@ -61,7 +62,7 @@ TEST_F(ExecuteTest, direct_reply_is_logged_before_the_cut_length) {
 }
 
 TEST_F(ExecuteTest, command_is_sent_whole_with_its_length) {
-    const std::string command("SET_NETWORK 0 ssid \"a\0b\"", 25);
+    const std::string command = "SET_NETWORK 0 ssid \"a\0b\""s;
     std::string response;
     EXPECT_EQ(0, client_->Execute(command, "", response, false));
     EXPECT_EQ(command, fake::Calls()[1].text);
@@ -101,8 +102,8 @@ TEST_F(ExecuteTest, waiting_mode_returns_the_event_untouched) {
     std::string response;
     EXPECT_EQ(0, client_->Execute("ADD_NETWORK", "NETWORK-ADDED", response, true));
     EXPECT_EQ(event, response);
-    EXPECT_THAT(fake::Ops(), ElementsAre(Op::kAttach, Op::kRequest, Op::kGetFd, Op::kRecv,
-                                         Op::kDetach));
+    EXPECT_THAT(fake::Ops(),
+                ElementsAre(Op::kAttach, Op::kRequest, Op::kGetFd, Op::kRecv, Op::kDetach));
     for (size_t i : {0, 2, 3, 4}) EXPECT_EQ(2, fake::Calls()[i].conn);
 }
 

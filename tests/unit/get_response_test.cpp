@@ -17,7 +17,7 @@ using ::testing::ElementsAre;
 namespace {
 
 class GetResponseTest : public ClientTest {
-protected:
+  protected:
     void SetUp() override {
         ClientTest::SetUp();
         OpenClient();
@@ -41,9 +41,11 @@ TEST_F(GetResponseTest, first_matching_event_is_returned_whole) {
     fake::SendEvent(event);
     EXPECT_EQ(0, client_->GetResponse("CONNECTED", response_));
     EXPECT_EQ(event, response_);
-    EXPECT_THAT(LogShapes(), ElementsAre("[GetResponse:N] >>",
-                                         "[GetResponse] response (len: " + std::to_string(event.size()) + ") - \n" + event + "\n",
-                                         "[GetResponse:N] <<"));
+    EXPECT_THAT(LogShapes(),
+                ElementsAre("[GetResponse:N] >>",
+                            "[GetResponse] response (len: " + std::to_string(event.size()) +
+                                    ") - \n" + event + "\n",
+                            "[GetResponse:N] <<"));
     EXPECT_EQ(ANDROID_LOG_INFO, fake::Logs()[1].priority);
     EXPECT_EQ("[%s] response (len: %lu) - \n%s\n", fake::Logs()[1].format);
     EXPECT_THAT(RecvCapacities(), ElementsAre(512u));
@@ -123,12 +125,11 @@ TEST_F(GetResponseTest, no_event_times_out_after_3s_with_the_last_error_text) {
     errno = EADDRINUSE;  // the time-out sets no errno; the message names whatever came last
     EXPECT_EQ(-22, client_->GetResponse("anything", response_));
     EXPECT_EQ("untouched", response_);
-    EXPECT_THAT(LogShapes(),
-                ElementsAre("[GetResponse:N] >>",
-                            std::string("[GetResponse:N] Async wait timed out 0 -") +
-                                    strerror(EADDRINUSE) + "!",
-                            "[GetResponse:N] Error in recieving events -22!",
-                            "[GetResponse:N] <<"));
+    EXPECT_THAT(LogShapes(), ElementsAre("[GetResponse:N] >>",
+                                         std::string("[GetResponse:N] Async wait timed out 0 -") +
+                                                 strerror(EADDRINUSE) + "!",
+                                         "[GetResponse:N] Error in recieving events -22!",
+                                         "[GetResponse:N] <<"));
     EXPECT_EQ(ANDROID_LOG_ERROR, fake::Logs()[1].priority);
     EXPECT_EQ("[%s:%d] Async wait timed out %d -%s!", fake::Logs()[1].format);
     EXPECT_EQ(ANDROID_LOG_ERROR, fake::Logs()[2].priority);
@@ -165,10 +166,10 @@ TEST_F(GetResponseTest, receive_failure_gives_einval) {
     fake::SendEvent("<3>event");
     EXPECT_EQ(-22, client_->GetResponse("event", response_));
     EXPECT_EQ("untouched", response_);
-    EXPECT_THAT(LogShapes(), ElementsAre("[GetResponse:N] >>",
-                                         "[GetResponse:N] Error in recieving message -1!",
-                                         "[GetResponse:N] Error in recieving events -22!",
-                                         "[GetResponse:N] <<"));
+    EXPECT_THAT(
+            LogShapes(),
+            ElementsAre("[GetResponse:N] >>", "[GetResponse:N] Error in recieving message -1!",
+                        "[GetResponse:N] Error in recieving events -22!", "[GetResponse:N] <<"));
     EXPECT_EQ(ANDROID_LOG_ERROR, fake::Logs()[1].priority);
     EXPECT_EQ("[%s:%d] Error in recieving message %d!", fake::Logs()[1].format);
 }
@@ -182,7 +183,7 @@ TEST_F(GetResponseTest, pending_check_failure_is_passed_on) {
     EXPECT_EQ("[GetResponse:N] Error in recieving events -5!", LogShapes()[1]);
 }
 
-void NoOp(int) {}
+void NoOp(int /*signal*/) {}
 
 TEST_F(GetResponseTest, interrupted_wait_is_not_retried) {
     struct sigaction action = {};

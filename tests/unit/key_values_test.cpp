@@ -52,8 +52,8 @@ TEST(strutil, key_values_follow_split_for_word_boundaries) {
 
 TEST(strutil, key_values_abort_on_a_malformed_key) {
     KeyValues keyValues = {{"(", ""}};
-    EXPECT_EXIT(WpaStringUtils::GetKeyValues("a b", keyValues),
-                ::testing::KilledBySignal(SIGABRT), "");
+    EXPECT_EXIT(WpaStringUtils::GetKeyValues("a b", keyValues), ::testing::KilledBySignal(SIGABRT),
+                "");
 }
 
 }  // namespace

@@ -102,14 +102,14 @@ TEST_F(LifecycleTest, path_is_cut_at_an_embedded_nul) {
 }
 
 class CountingClose : public WpacliWrapper {
-public:
+  public:
     explicit CountingClose(int* closes) : closes_(closes) {}
     void Close() override {
         ++*closes_;
         WpacliWrapper::Close();
     }
 
-private:
+  private:
     int* closes_;
 };
 

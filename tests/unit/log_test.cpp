@@ -47,9 +47,9 @@ TEST_F(LogTest, masks_without_error_info_or_trace_bits_write_nothing) {
 TEST_F(LogTest, successful_open_with_every_bit_writes_entry_close_info_exit) {
     gTesmirLogLevel = kAllBits;
     EXPECT_EQ(0, client_->Open(kPath));
-    EXPECT_THAT(LogShapes(), ElementsAre("[Open:N] >>", "[Close:N] >>", "[Close:N] <<",
-                                         std::string("[Open] ") + kPath + " interface opened\n",
-                                         "[Open:N] <<"));
+    EXPECT_THAT(LogShapes(),
+                ElementsAre("[Open:N] >>", "[Close:N] >>", "[Close:N] <<",
+                            std::string("[Open] ") + kPath + " interface opened\n", "[Open:N] <<"));
     const std::vector<fake::LogEntry>& logs = fake::Logs();
     EXPECT_EQ(ANDROID_LOG_DEBUG, logs[0].priority);
     EXPECT_EQ("[%s:%d] >>", logs[0].format);
@@ -74,11 +74,12 @@ TEST_F(LogTest, failing_opens_close_again_before_the_exit_trace) {
     fake::Logs().clear();
     fake::Script().openFails = {false, true};
     EXPECT_EQ(-1, client_->Open(kPath));
-    EXPECT_THAT(LogShapes(),
-                ElementsAre("[Open:N] >>", "[Close:N] >>", "[Close:N] <<",
-                            std::string("[Open] Unable to get wpa event handle for control path: ") +
-                                    kPath + "\n",
-                            "[Close:N] >>", "[Close:N] <<", "[Open:N] <<"));
+    EXPECT_THAT(
+            LogShapes(),
+            ElementsAre("[Open:N] >>", "[Close:N] >>", "[Close:N] <<",
+                        std::string("[Open] Unable to get wpa event handle for control path: ") +
+                                kPath + "\n",
+                        "[Close:N] >>", "[Close:N] <<", "[Open:N] <<"));
     EXPECT_EQ(ANDROID_LOG_ERROR, fake::Logs()[3].priority);
     EXPECT_EQ("[%s] Unable to get wpa event handle for control path: %s\n", fake::Logs()[3].format);
 }
@@ -105,8 +106,8 @@ TEST_F(LogTest, deleting_an_open_client_writes_called_then_close_traces) {
     fake::Logs().clear();
     delete client_;
     client_ = nullptr;
-    EXPECT_THAT(LogShapes(), ElementsAre("[~WpacliWrapper] Called\n", "[Close:N] >>",
-                                         "[Close:N] <<"));
+    EXPECT_THAT(LogShapes(),
+                ElementsAre("[~WpacliWrapper] Called\n", "[Close:N] >>", "[Close:N] <<"));
     EXPECT_EQ(ANDROID_LOG_INFO, fake::Logs()[0].priority);
     EXPECT_EQ("[%s] Called\n", fake::Logs()[0].format);
 }

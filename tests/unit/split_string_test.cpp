@@ -48,9 +48,11 @@ TEST(strutil, split_at_a_non_blank_keeps_the_blanks_beside_it) {
 TEST(strutil, split_treats_line_ends_and_nul_as_ordinary_bytes) {
     EXPECT_THAT(Split("a b\nc d", ' '), ElementsAre("a", "b\nc", "d"));
     EXPECT_THAT(Split("a\n\n\nb", ' '), ElementsAre("a\n\n\nb"));
-    EXPECT_THAT(Split(std::string("a\0b c", 5), ' '),
-                ElementsAre(std::string("a\0b", 3), "c"));
-    EXPECT_THAT(Split("x\xff" "y\xff", '\xff'), ElementsAre("x", "y", ""));
+    EXPECT_THAT(Split(std::string("a\0b c", 5), ' '), ElementsAre(std::string("a\0b", 3), "c"));
+    EXPECT_THAT(Split("x\xff"
+                      "y\xff",
+                      '\xff'),
+                ElementsAre("x", "y", ""));
 }
 
 TEST(strutil, split_appends_to_what_the_output_holds) {

@@ -33,8 +33,17 @@ TEST(strutil, strip_removes_a_character_everywhere) {
 }
 
 TEST(strutil, strip_treats_nul_and_high_bytes_as_data) {
-    EXPECT_EQ(std::string("ab\0", 3), StripChar(std::string("a\xff" "b\0", 4), '\xff'));
-    EXPECT_EQ("a\xff" "b", StripChar(std::string("a\0\xff" "b\0", 5), '\0'));
+    EXPECT_EQ(std::string("ab\0", 3), StripChar(std::string("a\xff"
+                                                            "b\0",
+                                                            4),
+                                                '\xff'));
+    EXPECT_EQ(
+            "a\xff"
+            "b",
+            StripChar(std::string("a\0\xff"
+                                  "b\0",
+                                  5),
+                      '\0'));
 }
 
 TEST(strutil, strip_copy_out_may_write_its_own_input) {
@@ -50,7 +59,8 @@ TEST(strutil, strip_set_removes_each_byte_of_the_set) {
     EXPECT_EQ("abc", StripSet("<a>b<<c>>", "<>"));
     EXPECT_EQ("x", StripSet("xyzzy", "zyz"));
     EXPECT_EQ("", StripSet("", "abc"));
-    EXPECT_EQ(std::string("a\xff", 2), StripSet(std::string("a\0\xff\n", 4), std::string("\n\0", 2)));
+    EXPECT_EQ(std::string("a\xff", 2),
+              StripSet(std::string("a\0\xff\n", 4), std::string("\n\0", 2)));
 }
 
 TEST(strutil, strip_set_with_empty_set_copies) {

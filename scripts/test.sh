@@ -1,0 +1,70 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds every configuration and runs every test suite.
+# Ends with one line: "total: N passed, N failed, N skipped".
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+jobs=$(nproc)
+passed=0
+failed=0
+skipped=0
+
+step() { printf '\n==== %s\n' "$*"; }
+
+configure_and_build() {  # build-dir [cmake options...]
+    local dir=$1
+    shift
+    cmake -S . -B "$dir" -G Ninja "$@" >/dev/null
+    cmake --build "$dir" -j "$jobs"
+}
+
+# Runs ctest in a build tree and adds its counts to the totals.
+run_suite() {  # name build-dir [ctest options...]
+    local name=$1 dir=$2
+    shift 2
+    step "$name"
+    local log="$dir/ctest-$name.log"
+    ctest --test-dir "$dir" -j "$jobs" --output-on-failure "$@" 2>&1 | tee "$log" || true
+    local summary total nfail nskip
+    summary=$(grep -E '[0-9]+ tests? failed out of [0-9]+' "$log" | tail -1 || true)
+    if [ -z "$summary" ]; then
+        echo "$name: ctest ran nothing"
+        failed=$((failed + 1))
+        return
+    fi
+    nfail=$(sed -E 's/.* ([0-9]+) tests? failed out of ([0-9]+).*/\1/' <<<"$summary")
+    total=$(sed -E 's/.* ([0-9]+) tests? failed out of ([0-9]+).*/\2/' <<<"$summary")
+    nskip=$(grep -c -E '^\s*[0-9]+ - .*\(Skipped\)' "$log" || true)
+    passed=$((passed + total - nfail - nskip))
+    failed=$((failed + nfail))
+    skipped=$((skipped + nskip))
+}
+
+# A check that is one command: counts as one test.
+run_check() {  # name command...
+    local name=$1
+    shift
+    step "$name"
+    if "$@"; then passed=$((passed + 1)); else failed=$((failed + 1)); fi
+}
+
+step "dependencies"
+if [ "$(id -u)" -eq 0 ]; then
+    scripts/install-deps.sh
+else
+    echo "not root: assuming the packages of scripts/install-deps.sh are installed"
+fi
+
+step "host build (clang, libc++, trapping checks)"
+configure_and_build build
+run_suite host build
+
+step "cross-DSO CFI build"
+configure_and_build build-cfi -DTESMIR_CFI=ON -DTESMIR_BUILD_TOOLS=OFF
+run_suite cfi build-cfi -L cfi
+
+run_check lint scripts/lint.sh build
+
+echo
+echo "total: $passed passed, $failed failed, $skipped skipped"
+[ "$failed" -eq 0 ]

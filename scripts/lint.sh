@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 build=${1:-build}
 
-mapfile -t sources < <(git ls-files '*.cpp' '*.h')
+mapfile -t sources < <(git ls-files --cached --others --exclude-standard '*.cpp' '*.h')
 status=0
 
 if ! clang-format --dry-run -Werror "${sources[@]}"; then

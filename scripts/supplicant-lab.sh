@@ -1,0 +1,123 @@
+#!/usr/bin/env bash
+# A throwaway wpa_supplicant (and, on request, an 802.1X authenticator) in a private network
+# namespace on a veth pair. Never touches the machine's own interfaces. Needs root.
+#
+#   supplicant-lab.sh check                 exit 0 if a lab can be made here, else say why
+#   supplicant-lab.sh up DIR [--hostapd]    start; prints the control socket path (DIR/ctrl/veth0)
+#   supplicant-lab.sh stop-supplicant DIR   kill only wpa_supplicant (its socket goes away)
+#   supplicant-lab.sh start-supplicant DIR  start it again on the same control socket
+#   supplicant-lab.sh down DIR              stop everything and remove the namespace
+#   supplicant-lab.sh sweep                 remove labs left behind by crashed runs
+#
+# The 802.1X identity is "tesmir" with EAP-MD5 password "tesmir-secret".
+set -euo pipefail
+
+cmd=${1:-}
+dir=${2:-}
+
+die() {
+    echo "supplicant-lab: $*" >&2
+    exit 1
+}
+
+netns_of() { echo "tesmir-$(basename "$1")"; }
+
+check() {
+    [ "$(id -u)" -eq 0 ] || die "needs root (network namespaces)"
+    for tool in ip wpa_supplicant hostapd; do
+        command -v "$tool" >/dev/null || die "$tool is not installed (scripts/install-deps.sh)"
+    done
+    local probe="tesmir-probe-$$"
+    ip netns add "$probe" 2>/dev/null || die "cannot create a network namespace here"
+    local ok=0
+    ip -n "$probe" link add veth0 type veth peer name veth1 2>/dev/null || ok=1
+    ip netns del "$probe"
+    [ "$ok" -eq 0 ] || die "cannot create a veth pair in a network namespace here"
+}
+
+wait_for_socket() {
+    local socket=$1
+    for _ in $(seq 100); do
+        [ -S "$socket" ] && return 0
+        sleep 0.05
+    done
+    die "no control socket at $socket"
+}
+
+start_supplicant() {
+    local ns
+    ns=$(netns_of "$dir")
+    ip netns exec "$ns" wpa_supplicant -B -D wired -i veth0 -c "$dir/wpa_supplicant.conf" \
+        -P "$dir/wpa_supplicant.pid" -f "$dir/wpa_supplicant.log"
+    wait_for_socket "$dir/ctrl/veth0"
+}
+
+stop_pidfile() {
+    local pidfile=$1
+    [ -f "$pidfile" ] || return 0
+    local pid
+    pid=$(cat "$pidfile")
+    rm -f "$pidfile"
+    kill "$pid" 2>/dev/null || return 0
+    for _ in $(seq 100); do
+        kill -0 "$pid" 2>/dev/null || return 0
+        sleep 0.05
+    done
+    kill -9 "$pid" 2>/dev/null || true
+}
+
+up() {
+    local with_hostapd=${1:-}
+    [ -d "$dir" ] || die "no directory $dir"
+    local ns
+    ns=$(netns_of "$dir")
+    mkdir -p "$dir/ctrl"
+    printf 'ctrl_interface=%s/ctrl\nap_scan=0\n' "$dir" >"$dir/wpa_supplicant.conf"
+
+    ip netns add "$ns"
+    ip -n "$ns" link set lo up
+    ip -n "$ns" link add veth0 type veth peer name veth1
+    ip -n "$ns" link set veth0 up
+    ip -n "$ns" link set veth1 up
+
+    if [ "$with_hostapd" = "--hostapd" ]; then
+        printf '"tesmir" MD5 "tesmir-secret"\n' >"$dir/eap_users"
+        cat >"$dir/hostapd.conf" <<CONF
+interface=veth1
+driver=wired
+ctrl_interface=$dir/hostapd
+ieee8021x=1
+eapol_version=2
+eap_server=1
+eap_user_file=$dir/eap_users
+CONF
+        ip netns exec "$ns" hostapd -B -P "$dir/hostapd.pid" -f "$dir/hostapd.log" \
+            "$dir/hostapd.conf" >/dev/null
+    fi
+    start_supplicant
+    echo "$dir/ctrl/veth0"
+}
+
+down() {
+    stop_pidfile "$dir/wpa_supplicant.pid"
+    stop_pidfile "$dir/hostapd.pid"
+    ip netns del "$(netns_of "$dir")" 2>/dev/null || true
+}
+
+sweep() {
+    local ns
+    for ns in $(ip netns list 2>/dev/null | awk '/^tesmir-tesmir-lab/ {print $1}'); do
+        ip netns pids "$ns" 2>/dev/null | xargs -r kill -9 2>/dev/null || true
+        ip netns del "$ns" 2>/dev/null || true
+    done
+}
+
+case "$cmd" in
+check) check ;;
+up) up "${3:-}" ;;
+stop-supplicant) stop_pidfile "$dir/wpa_supplicant.pid" ;;
+start-supplicant) start_supplicant ;;
+down) down ;;
+sweep) sweep ;;
+*) die "usage: supplicant-lab.sh check | up DIR [--hostapd] | stop-supplicant DIR | start-supplicant DIR | down DIR | sweep" ;;
+esac

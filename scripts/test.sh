@@ -50,7 +50,7 @@ run_check() {  # name command...
 
 step "dependencies"
 if [ "$(id -u)" -eq 0 ]; then
-    scripts/install-deps.sh
+    scripts/install-deps.sh --arm64
 else
     echo "not root: assuming the packages of scripts/install-deps.sh are installed"
 fi
@@ -67,6 +67,33 @@ run_suite host build
 step "cross-DSO CFI build"
 configure_and_build build-cfi -DTESMIR_CFI=ON -DTESMIR_BUILD_TESTS=ON -DTESMIR_BUILD_TOOLS=OFF
 run_suite cfi build-cfi -L cfi
+
+step "arm64 build (clang --target, Debian's arm64 libc++) and the suite under qemu-aarch64"
+configure_and_build build-arm64 -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/aarch64-linux-gnu.toolchain.cmake" \
+    -DTESMIR_BUILD_TESTS=ON -DTESMIR_BUILD_TOOLS=ON
+run_suite arm64 build-arm64
+
+arm64_library() {
+    local lib=build-arm64/libtesmirwpacliwrapper.so
+    local kind
+    kind=$(file "$lib")
+    echo "$kind"
+    grep -q 'ELF 64-bit LSB shared object, ARM aarch64' <<<"$kind" || return 1
+    llvm-strip-14 -o build-arm64/libtesmirwpacliwrapper.stripped.so "$lib"
+    echo "stripped size: $(stat -c %s build-arm64/libtesmirwpacliwrapper.stripped.so) bytes"
+    # libc++ must stay a shared dependency, not linked in.
+    readelf -d "$lib" | grep -q 'NEEDED.*libc++.so.1'
+}
+run_check "arm64 library" arm64_library
+
+bpfmt_clean() {
+    local diff
+    diff=$(bpfmt -d Android.bp) && [ -z "$diff" ] && echo "Android.bp: bpfmt clean" || {
+        echo "$diff"
+        return 1
+    }
+}
+run_check bpfmt bpfmt_clean
 
 run_check lint scripts/lint.sh build
 

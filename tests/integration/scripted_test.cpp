@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "WpacliWrapper.h"
+#include "alloc_counter.h"
 #include "scripted_supplicant.h"
 
 using ::testing::ElementsAre;
@@ -95,6 +96,21 @@ TEST_F(ScriptedTest, event_two_seconds_later_ends_the_wait) {
     ASSERT_EQ(0, Execute("SCAN", "SCAN-RESULTS", true));
     EXPECT_EQ("<3>CTRL-EVENT-SCAN-RESULTS ", response_);
     EXPECT_GE(std::chrono::steady_clock::now() - start, 1900ms);
+}
+
+TEST_F(ScriptedTest, direct_mode_allocates_only_the_response) {
+    supplicant_->On("STATUS", {std::string(40, 'x') + " " + std::string(40, 'y') + "\n", {}, {}});
+    response_.clear();
+    response_.shrink_to_fit();
+    uint64_t before = AllocationCount();
+    ASSERT_EQ(0, Execute("STATUS", "", false));
+    // The response's buffer (63 bytes do not fit the string's inline storage), nothing else.
+    EXPECT_EQ(1u, AllocationCount() - before);
+
+    before = AllocationCount();
+    ASSERT_EQ(0, Execute("STATUS", "", false));
+    EXPECT_EQ(0u, AllocationCount() - before);
+    EXPECT_EQ(std::string(40, 'x') + std::string(22, 'y'), response_);
 }
 
 TEST_F(ScriptedTest, no_event_in_time_leaves_the_response) {

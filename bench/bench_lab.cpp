@@ -1,0 +1,67 @@
+#include "bench_lab.h"
+
+#include <stddef.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/select.h>
+
+#include <wpa_ctrl.h>
+
+const BenchLab* BenchLab::Get() {
+    static const BenchLab* lab = []() -> const BenchLab* {
+        const char* socket = getenv("TESMIR_BENCH_SOCKET");
+        const char* dir = getenv("TESMIR_BENCH_DIR");
+        if (socket == nullptr || dir == nullptr) return nullptr;
+        auto* found = new BenchLab{socket, dir, ""};
+        found->ifname = found->socket.substr(found->socket.rfind('/') + 1);
+        return found;
+    }();
+    return lab;
+}
+
+RawClient::RawClient(const BenchLab& lab) {
+    command_ = wpa_ctrl_open2(lab.socket.c_str(), lab.clientDir.c_str());
+    event_ = wpa_ctrl_open2(lab.socket.c_str(), lab.clientDir.c_str());
+}
+
+RawClient::~RawClient() {
+    if (command_ != nullptr) wpa_ctrl_close(command_);
+    if (event_ != nullptr) wpa_ctrl_close(event_);
+}
+
+int RawClient::Direct(const char* command) {
+    char reply[64];
+    size_t replyLen = sizeof(reply);
+    if (wpa_ctrl_attach(event_) < 0) return -1;
+    const int result =
+            wpa_ctrl_request(command_, command, strlen(command), reply, &replyLen, nullptr);
+    wpa_ctrl_detach(event_);
+    return result;
+}
+
+int RawClient::Wait(const char* command) {
+    char reply[64];
+    size_t replyLen = sizeof(reply);
+    if (wpa_ctrl_attach(event_) < 0) return -1;
+    int result = wpa_ctrl_request(command_, command, strlen(command), reply, &replyLen, nullptr);
+    if (result >= 0) {
+        const int fd = wpa_ctrl_get_fd(event_);
+        fd_set readable;
+        FD_ZERO(&readable);
+        FD_SET(fd, &readable);
+        struct timeval timeout = {3, 0};
+        char event[512];
+        size_t eventLen = sizeof(event);
+        result = select(fd + 1, &readable, nullptr, nullptr, &timeout) > 0
+                         ? wpa_ctrl_recv(event_, event, &eventLen)
+                         : -1;
+    }
+    wpa_ctrl_detach(event_);
+    return result;
+}
+
+int RawClient::Request(const char* command) {
+    char reply[4096];
+    size_t replyLen = sizeof(reply);
+    return wpa_ctrl_request(command_, command, strlen(command), reply, &replyLen, nullptr);
+}

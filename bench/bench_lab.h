@@ -1,0 +1,40 @@
+#pragma once
+
+// The supplicant the benchmarks talk to, started by scripts/bench.sh and named by environment:
+// TESMIR_BENCH_SOCKET (control socket) and TESMIR_BENCH_DIR (a directory for client sockets).
+// Raw libwpa_client connections bind there, never in /tmp where the library's own copy of
+// libwpa_client names its sockets with a counter of its own.
+
+#include <string>
+
+struct wpa_ctrl;
+
+struct BenchLab {
+    std::string socket;
+    std::string clientDir;
+    std::string ifname;  // the interface the socket is named after, for wpa_cli
+
+    // Null when the environment names no supplicant.
+    static const BenchLab* Get();
+};
+
+// The raw client doing what Execute does, with nothing else around it.
+class RawClient {
+  public:
+    explicit RawClient(const BenchLab& lab);
+    ~RawClient();
+    RawClient(const RawClient&) = delete;
+    RawClient& operator=(const RawClient&) = delete;
+
+    bool ok() const { return command_ != nullptr && event_ != nullptr; }
+    // attach, request (64-byte reply buffer), detach. Returns the request's result.
+    int Direct(const char* command);
+    // attach, request, select on the event connection (3 s), receive one event, detach.
+    int Wait(const char* command);
+    // A request on the command connection only, with a large buffer (housekeeping).
+    int Request(const char* command);
+
+  private:
+    struct wpa_ctrl* command_ = nullptr;
+    struct wpa_ctrl* event_ = nullptr;
+};

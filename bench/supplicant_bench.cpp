@@ -1,0 +1,123 @@
+// Execute against a real wpa_supplicant, beside the same exchanges made with the raw client
+// library and beside running wpa_cli as a process. Skipped when scripts/bench.sh has not started a
+// supplicant (TESMIR_BENCH_SOCKET).
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+
+#include <memory>
+#include <string>
+
+#include <benchmark/benchmark.h>
+
+#include "WpacliWrapper.h"
+#include "alloc_counter.h"
+#include "bench_lab.h"
+
+extern char** environ;
+
+namespace {
+
+std::unique_ptr<WpacliWrapper> OpenClient(benchmark::State& state, const BenchLab& lab) {
+    std::unique_ptr<WpacliWrapper> client(GetWpacliWrapperHandle());
+    if (client->Open(lab.socket) != 0) state.SkipWithError("Open failed");
+    return client;
+}
+
+void BM_Execute_Ping_Library(benchmark::State& state) {
+    const BenchLab* lab = BenchLab::Get();
+    if (lab == nullptr) return state.SkipWithError("no supplicant (run scripts/bench.sh)");
+    gTesmirLogLevel = 0x43;
+    auto client = OpenClient(state, *lab);
+    std::string response;
+    response.reserve(64);
+    uint64_t allocations = 0;
+    for (auto _ : state) {
+        const uint64_t before = AllocationCount();
+        if (client->Execute("PING", "", response, false) != 0) {
+            state.SkipWithError("Execute failed");
+            break;
+        }
+        allocations += AllocationCount() - before;
+    }
+    state.counters["allocs_per_call"] = benchmark::Counter(static_cast<double>(allocations),
+                                                           benchmark::Counter::kAvgIterations);
+}
+BENCHMARK(BM_Execute_Ping_Library)->UseRealTime();
+
+void BM_Execute_Ping_Raw(benchmark::State& state) {
+    const BenchLab* lab = BenchLab::Get();
+    if (lab == nullptr) return state.SkipWithError("no supplicant (run scripts/bench.sh)");
+    RawClient raw(*lab);
+    if (!raw.ok()) return state.SkipWithError("raw open failed");
+    for (auto _ : state) {
+        if (raw.Direct("PING") < 0) {
+            state.SkipWithError("raw request failed");
+            break;
+        }
+    }
+}
+BENCHMARK(BM_Execute_Ping_Raw)->UseRealTime();
+
+void BM_Execute_Ping_WpaCli(benchmark::State& state) {
+    const BenchLab* lab = BenchLab::Get();
+    if (lab == nullptr) return state.SkipWithError("no supplicant (run scripts/bench.sh)");
+    const std::string dir = lab->socket.substr(0, lab->socket.rfind('/'));
+    const char* argv[] = {"wpa_cli", "-p", dir.c_str(), "-i", lab->ifname.c_str(), "ping", nullptr};
+    posix_spawn_file_actions_t quiet;
+    posix_spawn_file_actions_init(&quiet);
+    posix_spawn_file_actions_addopen(&quiet, 1, "/dev/null", O_WRONLY, 0);
+    for (auto _ : state) {
+        pid_t pid;
+        int status = 0;
+        if (posix_spawnp(&pid, "wpa_cli", &quiet, nullptr, const_cast<char**>(argv), environ) !=
+                    0 ||
+            waitpid(pid, &status, 0) != pid || status != 0) {
+            state.SkipWithError("wpa_cli failed");
+            break;
+        }
+    }
+    posix_spawn_file_actions_destroy(&quiet);
+}
+BENCHMARK(BM_Execute_Ping_WpaCli)->UseRealTime();
+
+// Each iteration adds a network and takes its event; removing it again is not timed.
+void BM_Wait_AddNetwork_Library(benchmark::State& state) {
+    const BenchLab* lab = BenchLab::Get();
+    if (lab == nullptr) return state.SkipWithError("no supplicant (run scripts/bench.sh)");
+    gTesmirLogLevel = 0x43;
+    auto client = OpenClient(state, *lab);
+    RawClient housekeeping(*lab);
+    std::string response;
+    for (auto _ : state) {
+        if (client->Execute("ADD_NETWORK", "NETWORK-ADDED", response, true) != 0) {
+            state.SkipWithError("Execute failed");
+            break;
+        }
+        state.PauseTiming();
+        housekeeping.Request("REMOVE_NETWORK all");
+        state.ResumeTiming();
+    }
+}
+BENCHMARK(BM_Wait_AddNetwork_Library)->UseRealTime();
+
+void BM_Wait_AddNetwork_Raw(benchmark::State& state) {
+    const BenchLab* lab = BenchLab::Get();
+    if (lab == nullptr) return state.SkipWithError("no supplicant (run scripts/bench.sh)");
+    RawClient raw(*lab);
+    RawClient housekeeping(*lab);
+    if (!raw.ok()) return state.SkipWithError("raw open failed");
+    for (auto _ : state) {
+        if (raw.Wait("ADD_NETWORK") < 0) {
+            state.SkipWithError("raw wait failed");
+            break;
+        }
+        state.PauseTiming();
+        housekeeping.Request("REMOVE_NETWORK all");
+        state.ResumeTiming();
+    }
+}
+BENCHMARK(BM_Wait_AddNetwork_Raw)->UseRealTime();
+
+}  // namespace

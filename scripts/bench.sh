@@ -1,0 +1,68 @@
+#!/usr/bin/env bash
+# Runs the benchmarks against a real wpa_supplicant it starts itself, and writes
+# docs/PERFORMANCE.md with a latency plot. Needs root.
+#   bench.sh           full run, writes docs/
+#   bench.sh --short   one quick pass (CI): checks that everything builds and runs; writes only
+#                      into the build tree and asserts no threshold
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+short=0
+[ "${1:-}" = "--short" ] && short=1
+build=build-bench
+out=docs
+if [ "$short" -eq 1 ]; then
+    out=$build/report
+fi
+mkdir -p "$out"
+
+scripts/install-deps.sh
+command -v gnuplot >/dev/null && command -v python3 >/dev/null ||
+    DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends gnuplot-nox python3 >/dev/null
+scripts/fetch-benchmark.sh "$build/_deps/benchmark"
+
+echo "== building the benchmarks (and the arm64 library, for its size)"
+cmake -S . -B "$build" -G Ninja -DTESMIR_BUILD_BENCH=ON -DTESMIR_BUILD_TESTS=OFF \
+    -DTESMIR_BENCHMARK_SOURCE_DIR="$PWD/$build/_deps/benchmark" >/dev/null
+cmake --build "$build" >/dev/null
+if [ "$short" -eq 0 ]; then
+    scripts/install-deps.sh --arm64 >/dev/null
+    cmake -S . -B build-arm64 -G Ninja -DTESMIR_BUILD_TESTS=OFF \
+        -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/aarch64-linux-gnu.toolchain.cmake" >/dev/null
+    cmake --build build-arm64 --target tesmirwpacliwrapper >/dev/null
+fi
+
+echo "== starting a supplicant in a throwaway namespace"
+scripts/supplicant-lab.sh check
+lab=$(mktemp -d /tmp/tesmir-lab.XXXXXX)
+trap 'scripts/supplicant-lab.sh down "$lab"; rm -rf "$lab"' EXIT
+export TESMIR_BENCH_SOCKET
+TESMIR_BENCH_SOCKET=$(scripts/supplicant-lab.sh up "$lab")
+export TESMIR_BENCH_DIR=$lab
+
+if [ "$short" -eq 1 ]; then
+    bench_args=(--benchmark_min_time=0.01)
+    rounds=20
+else
+    bench_args=(--benchmark_min_time=2 --benchmark_repetitions=7 --benchmark_report_aggregates_only=true)
+    rounds=3000
+fi
+
+echo "== benchmarks"
+"$build/bench/tesmir_bench" "${bench_args[@]}" --benchmark_out="$out/bench.json" \
+    --benchmark_out_format=json
+echo "== interleaved latency samples ($rounds rounds)"
+"$build/bench/tesmir_execute_latency" "$rounds" "$out/execute_latency.csv"
+
+strip_size() {  # library
+    [ -f "$1" ] || { echo 0; return; }
+    llvm-strip-14 -o "$1.stripped" "$1" && stat -c %s "$1.stripped"
+}
+host_size=$(strip_size "$build/libtesmirwpacliwrapper.so")
+arm64_size=$(strip_size build-arm64/libtesmirwpacliwrapper.so)
+
+python3 scripts/perf_report.py --bench "$out/bench.json" --latency "$out/execute_latency.csv" \
+    --host-size "$host_size" --arm64-size "$arm64_size" \
+    --host-lib "$build/libtesmirwpacliwrapper.so" --arm64-lib build-arm64/libtesmirwpacliwrapper.so \
+    --out "$out"
+echo "== report: $out/PERFORMANCE.md"

@@ -95,6 +95,17 @@ bpfmt_clean() {
 }
 run_check bpfmt bpfmt_clean
 
+step "AddressSanitizer and UndefinedBehaviorSanitizer build"
+configure_and_build build-asan -DTESMIR_ASAN=ON -DTESMIR_BUILD_TESTS=ON -DTESMIR_BUILD_TOOLS=ON
+run_suite asan build-asan
+
+step "fuzzing: a short run of each target"
+configure_and_build build-fuzz -DTESMIR_FUZZ=ON -DTESMIR_FUZZ_SECONDS=15 -DTESMIR_BUILD_TESTS=ON \
+    -DTESMIR_BUILD_TOOLS=OFF
+run_suite fuzz build-fuzz -L fuzz
+
+run_check "benchmarks, short" scripts/bench.sh --short
+
 run_check lint scripts/lint.sh build
 
 echo

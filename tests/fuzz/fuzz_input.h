@@ -1,0 +1,50 @@
+#pragma once
+
+// Takes a fuzzer's bytes apart into the pieces a target needs.
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include <string>
+
+class FuzzInput {
+  public:
+    FuzzInput(const uint8_t* data, size_t size) : data_(data), size_(size) {}
+
+    bool empty() const { return size_ == 0; }
+
+    uint8_t Byte() {
+        if (size_ == 0) return 0;
+        --size_;
+        return *data_++;
+    }
+
+    // Up to |max| bytes, the count taken from the input first.
+    std::string Bytes(size_t max) {
+        const size_t wanted =
+                max == 0 ? 0 : (static_cast<size_t>(Byte()) << 8 | Byte()) % (max + 1);
+        return Take(wanted);
+    }
+
+    std::string Rest() { return Take(size_); }
+
+  private:
+    std::string Take(size_t wanted) {
+        const size_t n = wanted < size_ ? wanted : size_;
+        std::string out(reinterpret_cast<const char*>(data_), n);
+        data_ += n;
+        size_ -= n;
+        return out;
+    }
+
+    const uint8_t* data_;
+    size_t size_;
+};
+
+#define FUZZ_CHECK(condition)                                                                  \
+    do {                                                                                       \
+        if (!(condition)) {                                                                    \
+            __builtin_printf("property failed: %s (%s:%d)\n", #condition, __FILE__, __LINE__); \
+            __builtin_trap();                                                                  \
+        }                                                                                      \
+    } while (0)

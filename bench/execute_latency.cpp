@@ -9,6 +9,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <sys/wait.h>
+#include <unistd.h>  // environ
 
 #include <chrono>
 #include <memory>
@@ -16,8 +17,6 @@
 
 #include "WpacliWrapper.h"
 #include "bench_lab.h"
-
-extern char** environ;
 
 namespace {
 

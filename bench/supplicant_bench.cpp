@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
+#include <unistd.h>  // environ
 
 #include <memory>
 #include <string>
@@ -14,8 +15,6 @@
 #include "WpacliWrapper.h"
 #include "alloc_counter.h"
 #include "bench_lab.h"
-
-extern char** environ;
 
 namespace {
 

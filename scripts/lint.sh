@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
-# Checks formatting and clang-tidy on our sources. Needs a configured build (compile database).
-#   scripts/lint.sh [BUILD_DIR]
+# Checks formatting and clang-tidy on our sources. Each translation unit is checked with the first
+# of the given build trees whose compile database has it.
+#   scripts/lint.sh [BUILD_DIR...]    (default: build)
 set -euo pipefail
 cd "$(dirname "$0")/.."
-build=${1:-build}
+[ $# -gt 0 ] || set -- build
 
 mapfile -t sources < <(git ls-files --cached --others --exclude-standard '*.cpp' '*.h')
 status=0
@@ -13,11 +14,20 @@ if ! clang-format --dry-run -Werror "${sources[@]}"; then
     status=1
 fi
 
-# Only translation units the build knows; headers are checked through them.
-mapfile -t units < <(printf '%s\n' "${sources[@]}" | grep '\.cpp$' |
-    while read -r f; do grep -q "\"file\": \"$PWD/$f\"" "$build/compile_commands.json" && echo "$f"; done)
-findings=$(printf '%s\n' "${units[@]}" |
-    xargs -P "$(nproc)" -n 2 clang-tidy -p "$build" --quiet 2>/dev/null |
+# "unit build-dir" pairs; headers are checked through the units that include them.
+pairs=()
+for f in "${sources[@]}"; do
+    [[ "$f" == *.cpp ]] || continue
+    for dir in "$@"; do
+        if [ -f "$dir/compile_commands.json" ] &&
+            grep -q "\"file\": \"$PWD/$f\"" "$dir/compile_commands.json"; then
+            pairs+=("$f" "$dir")
+            break
+        fi
+    done
+done
+findings=$(printf '%s\n' "${pairs[@]}" |
+    xargs -P "$(nproc)" -n 2 sh -c 'clang-tidy -p "$1" --quiet "$0" 2>/dev/null' |
     grep -E -A3 '(warning|error):' || true)
 if [ -n "$findings" ]; then
     echo "$findings"
@@ -25,5 +35,5 @@ if [ -n "$findings" ]; then
     status=1
 fi
 
-[ "$status" -eq 0 ] && echo "lint: clean (${#sources[@]} files formatted, ${#units[@]} units tidy)"
+[ "$status" -eq 0 ] && echo "lint: clean (${#sources[@]} files formatted, $((${#pairs[@]} / 2)) units tidy)"
 exit "$status"

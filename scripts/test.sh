@@ -106,7 +106,7 @@ run_suite fuzz build-fuzz -L fuzz
 
 run_check "benchmarks, short" scripts/bench.sh --short
 
-run_check lint scripts/lint.sh build
+run_check lint scripts/lint.sh build build-bench build-fuzz
 
 echo
 echo "total: $passed passed, $failed failed, $skipped skipped"

@@ -11,7 +11,7 @@ namespace {
 
 constexpr const char* kExecute = "Execute";
 
-// Direct replies longer than 63 bytes are cut: callers only need short status replies here.
+// Part of the contract: a direct reply reaches the caller as at most 63 bytes.
 constexpr size_t kReplyBufferSize = 64;
 
 }  // namespace

@@ -19,12 +19,14 @@ class FuzzInput {
         return *data_++;
     }
 
-    // Up to |max| bytes, the count taken from the input first.
-    std::string Bytes(size_t max) {
-        const size_t wanted =
-                max == 0 ? 0 : (static_cast<size_t>(Byte()) << 8 | Byte()) % (max + 1);
-        return Take(wanted);
+    // Two bytes, high one first.
+    uint16_t Word() {
+        const uint16_t high = Byte();
+        return static_cast<uint16_t>(high << 8 | Byte());
     }
+
+    // Up to |max| bytes, the count taken from the input first.
+    std::string Bytes(size_t max) { return Take(max == 0 ? 0 : Word() % (max + 1)); }
 
     std::string Rest() { return Take(size_); }
 

@@ -23,7 +23,7 @@ constexpr const char* kDefault =
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     FuzzInput input(data, size);
-    const uint16_t chosen = static_cast<uint16_t>(input.Byte() << 8 | input.Byte());
+    const uint16_t chosen = input.Word();
     const std::string text = input.Rest();
 
     std::map<std::string, std::string> keyValues;

@@ -36,7 +36,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     FUZZ_CHECK(fields.size() >= 2 && fields[0] == "kept");
 
     const std::string normalised = Normalised(text);
-    const size_t delimiters =
+    const auto delimiters =
             static_cast<size_t>(std::count(normalised.begin(), normalised.end(), delimiter));
     FUZZ_CHECK(fields.size() - 1 == delimiters + 1);
     std::string joined;

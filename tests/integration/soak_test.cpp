@@ -55,11 +55,11 @@ int ClientSocketFiles() {
     return CountEntries("/tmp", "wpa_ctrl_" + std::to_string(getpid()) + "-");
 }
 
-long ResidentKiB() {
+int64_t ResidentKiB() {
     std::ifstream status("/proc/self/status");
     std::string line;
     while (std::getline(status, line)) {
-        if (line.rfind("VmRSS:", 0) == 0) return std::stol(line.substr(6));
+        if (line.rfind("VmRSS:", 0) == 0) return std::stoll(line.substr(6));
     }
     return -1;
 }
@@ -72,7 +72,7 @@ TEST_F(SoakTest, twenty_thousand_executes_leave_nothing_behind) {
     for (int i = 0; i < 100; ++i) client_->Execute("PING", "", response, false);
     const int fds = OpenDescriptors();
     const int files = ClientSocketFiles();
-    const long rss = ResidentKiB();
+    const int64_t rss = ResidentKiB();
 
     int failures = 0;
     for (int i = 0; i < kDirectCalls; ++i) {
@@ -88,15 +88,15 @@ TEST_F(SoakTest, twenty_thousand_executes_leave_nothing_behind) {
     EXPECT_EQ(0, failures);
     EXPECT_EQ(fds, OpenDescriptors());
     EXPECT_EQ(files, ClientSocketFiles());
-    const long grown = ResidentKiB() - rss;
+    const int64_t grown = ResidentKiB() - rss;
 #ifndef TESMIR_RSS_MEANINGLESS
     // A leak of even 16 bytes a call would show as over 300 KiB here.
     EXPECT_LT(grown, 256) << "resident memory grew by " << grown << " KiB";
 #endif
     printf("soak: %d direct + %d waiting Execute calls, %d failed; descriptors %d -> %d, "
-           "client sockets %d -> %d, resident memory %+ld KiB\n",
+           "client sockets %d -> %d, resident memory %+lld KiB\n",
            kDirectCalls, kWaitingCalls, failures, fds, OpenDescriptors(), files,
-           ClientSocketFiles(), grown);
+           ClientSocketFiles(), static_cast<long long>(grown));
 }
 
 TEST_F(SoakTest, two_thousand_open_close_cycles_leave_nothing_behind) {
@@ -136,9 +136,10 @@ TEST_F(SoakTest, eight_threads_with_own_clients_get_their_own_replies) {
     // opening at once can make the same name, and the second bind then unlinks the first's
     // socket. Hosts serialise Open; so does this test.
     std::mutex openLock;
-    std::atomic<long> calls{0};
-    std::atomic<long> wrong{0};
+    std::atomic<int64_t> calls{0};
+    std::atomic<int64_t> wrong{0};
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     const auto deadline = std::chrono::steady_clock::now() + kThreadRun;
     for (int t = 0; t < kThreads; ++t) {
         threads.emplace_back([&, t] {
@@ -163,9 +164,10 @@ TEST_F(SoakTest, eight_threads_with_own_clients_get_their_own_replies) {
     }
     for (std::thread& thread : threads) thread.join();
     EXPECT_EQ(0, wrong.load());
-    EXPECT_GT(calls.load(), kThreads * 100L);
-    printf("threads: %d clients, %ld Execute calls in %lld s, %ld wrong or failed\n", kThreads,
-           calls.load(), static_cast<long long>(kThreadRun.count()), wrong.load());
+    EXPECT_GT(calls.load(), int64_t{kThreads} * 100);
+    printf("threads: %d clients, %lld Execute calls in %lld s, %lld wrong or failed\n", kThreads,
+           static_cast<long long>(calls.load()), static_cast<long long>(kThreadRun.count()),
+           static_cast<long long>(wrong.load()));
 }
 
 }  // namespace

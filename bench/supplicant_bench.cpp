@@ -18,6 +18,13 @@
 
 namespace {
 
+// The supplicant scripts/bench.sh started, or null with the benchmark marked skipped.
+const BenchLab* LabOrSkip(benchmark::State& state) {
+    const BenchLab* lab = BenchLab::Get();
+    if (lab == nullptr) state.SkipWithError("no supplicant (run scripts/bench.sh)");
+    return lab;
+}
+
 std::unique_ptr<WpacliWrapper> OpenClient(benchmark::State& state, const BenchLab& lab) {
     std::unique_ptr<WpacliWrapper> client(GetWpacliWrapperHandle());
     if (client->Open(lab.socket) != 0) state.SkipWithError("Open failed");
@@ -25,8 +32,8 @@ std::unique_ptr<WpacliWrapper> OpenClient(benchmark::State& state, const BenchLa
 }
 
 void BM_Execute_Ping_Library(benchmark::State& state) {
-    const BenchLab* lab = BenchLab::Get();
-    if (lab == nullptr) return state.SkipWithError("no supplicant (run scripts/bench.sh)");
+    const BenchLab* lab = LabOrSkip(state);
+    if (lab == nullptr) return;
     gTesmirLogLevel = 0x43;
     auto client = OpenClient(state, *lab);
     std::string response;
@@ -46,8 +53,8 @@ void BM_Execute_Ping_Library(benchmark::State& state) {
 BENCHMARK(BM_Execute_Ping_Library)->UseRealTime();
 
 void BM_Execute_Ping_Raw(benchmark::State& state) {
-    const BenchLab* lab = BenchLab::Get();
-    if (lab == nullptr) return state.SkipWithError("no supplicant (run scripts/bench.sh)");
+    const BenchLab* lab = LabOrSkip(state);
+    if (lab == nullptr) return;
     RawClient raw(*lab);
     if (!raw.ok()) return state.SkipWithError("raw open failed");
     for (auto _ : state) {
@@ -60,8 +67,8 @@ void BM_Execute_Ping_Raw(benchmark::State& state) {
 BENCHMARK(BM_Execute_Ping_Raw)->UseRealTime();
 
 void BM_Execute_Ping_WpaCli(benchmark::State& state) {
-    const BenchLab* lab = BenchLab::Get();
-    if (lab == nullptr) return state.SkipWithError("no supplicant (run scripts/bench.sh)");
+    const BenchLab* lab = LabOrSkip(state);
+    if (lab == nullptr) return;
     const std::string dir = lab->socket.substr(0, lab->socket.rfind('/'));
     const char* argv[] = {"wpa_cli", "-p", dir.c_str(), "-i", lab->ifname.c_str(), "ping", nullptr};
     posix_spawn_file_actions_t quiet;
@@ -83,8 +90,8 @@ BENCHMARK(BM_Execute_Ping_WpaCli)->UseRealTime();
 
 // Each iteration adds a network and takes its event; removing it again is not timed.
 void BM_Wait_AddNetwork_Library(benchmark::State& state) {
-    const BenchLab* lab = BenchLab::Get();
-    if (lab == nullptr) return state.SkipWithError("no supplicant (run scripts/bench.sh)");
+    const BenchLab* lab = LabOrSkip(state);
+    if (lab == nullptr) return;
     gTesmirLogLevel = 0x43;
     auto client = OpenClient(state, *lab);
     RawClient housekeeping(*lab);
@@ -102,8 +109,8 @@ void BM_Wait_AddNetwork_Library(benchmark::State& state) {
 BENCHMARK(BM_Wait_AddNetwork_Library)->UseRealTime();
 
 void BM_Wait_AddNetwork_Raw(benchmark::State& state) {
-    const BenchLab* lab = BenchLab::Get();
-    if (lab == nullptr) return state.SkipWithError("no supplicant (run scripts/bench.sh)");
+    const BenchLab* lab = LabOrSkip(state);
+    if (lab == nullptr) return;
     RawClient raw(*lab);
     RawClient housekeeping(*lab);
     if (!raw.ok()) return state.SkipWithError("raw open failed");

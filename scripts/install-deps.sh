@@ -5,7 +5,7 @@
 set -euo pipefail
 
 want=(
-    clang lld libc++-dev libc++abi-dev libclang-rt-14-dev
+    clang lld llvm-14 libc++-dev libc++abi-dev libclang-rt-14-dev
     clang-format clang-tidy
     cmake ninja-build
     libwpa-client-dev android-liblog-dev

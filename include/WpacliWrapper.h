@@ -11,6 +11,8 @@ struct wpa_ctrl;
 
 // Client of one wpa_supplicant control socket, over two connections to it: one for commands
 // and one for unsolicited events. Not thread-safe: use one object from one thread at a time.
+// Calls of Open() on different objects must not overlap either: libwpa_client may give two
+// connections opened at once the same local socket name.
 // Objects come from GetWpacliWrapperHandle() and are released with delete.
 //
 // The order of the virtual functions is part of the ABI: do not reorder or insert.

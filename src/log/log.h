@@ -31,10 +31,11 @@ inline bool LogEnabled(uint32_t bit) {
         }                                                                    \
     } while (0)
 
-#define LOG_ERROR(...) TESMIR_LOG(::tesmir::kLogError, ANDROID_LOG_ERROR, __VA_ARGS__)
-#define LOG_INFO(...) TESMIR_LOG(::tesmir::kLogInfo, ANDROID_LOG_INFO, __VA_ARGS__)
-#define LOG_TRACE(...) TESMIR_LOG(::tesmir::kLogTrace, ANDROID_LOG_DEBUG, __VA_ARGS__)
+// Prefixed: <syslog.h> owns LOG_INFO and LOG_ERR.
+#define TESMIR_LOGE(...) TESMIR_LOG(::tesmir::kLogError, ANDROID_LOG_ERROR, __VA_ARGS__)
+#define TESMIR_LOGI(...) TESMIR_LOG(::tesmir::kLogInfo, ANDROID_LOG_INFO, __VA_ARGS__)
+#define TESMIR_LOGD(...) TESMIR_LOG(::tesmir::kLogTrace, ANDROID_LOG_DEBUG, __VA_ARGS__)
 
 // Entry and exit lines of the traced methods; each prints the line of its own statement.
-#define LOG_ENTER(name) LOG_TRACE("[%s:%d] >>", (name), __LINE__)
-#define LOG_EXIT(name) LOG_TRACE("[%s:%d] <<", (name), __LINE__)
+#define TESMIR_TRACE_ENTER(name) TESMIR_LOGD("[%s:%d] >>", (name), __LINE__)
+#define TESMIR_TRACE_EXIT(name) TESMIR_LOGD("[%s:%d] <<", (name), __LINE__)

@@ -20,7 +20,7 @@ constexpr time_t kEventWaitSeconds = 3;
 }  // namespace
 
 int32_t WpacliWrapper::GetResponse(const std::string& pattern, std::string& response) {
-    LOG_ENTER(kGetResponse);
+    TESMIR_TRACE_ENTER(kGetResponse);
     // One guard byte past what a receive may fill, so that a full buffer still ends in a NUL.
     char event[kEventBufferSize + 1] = {};
     // Set once: every later receive of this call is offered at most the previous message's
@@ -38,8 +38,8 @@ int32_t WpacliWrapper::GetResponse(const std::string& pattern, std::string& resp
     for (;;) {
         const int ready = select(fd + 1, &readSet, nullptr, nullptr, &timeout);
         if (ready == 0) {
-            LOG_ERROR("[%s:%d] Async wait timed out %d -%s!", kGetResponse, __LINE__, ready,
-                      strerror(errno));
+            TESMIR_LOGE("[%s:%d] Async wait timed out %d -%s!", kGetResponse, __LINE__, ready,
+                        strerror(errno));
             status = -EINVAL;
             break;
         }
@@ -51,7 +51,7 @@ int32_t WpacliWrapper::GetResponse(const std::string& pattern, std::string& resp
         memset(event, 0, sizeof(event));
         const int received = wpa_ctrl_recv(mEventConn, event, &eventLen);
         if (received < 0) {
-            LOG_ERROR("[%s:%d] Error in recieving message %d!", kGetResponse, __LINE__, received);
+            TESMIR_LOGE("[%s:%d] Error in recieving message %d!", kGetResponse, __LINE__, received);
             status = -EINVAL;
             break;
         }
@@ -72,11 +72,11 @@ int32_t WpacliWrapper::GetResponse(const std::string& pattern, std::string& resp
     }
 
     if (status == 0) {
-        LOG_INFO("[%s] response (len: %lu) - \n%s\n", kGetResponse, eventLen, event);
+        TESMIR_LOGI("[%s] response (len: %lu) - \n%s\n", kGetResponse, eventLen, event);
         response.assign(event);
     } else {
-        LOG_ERROR("[%s:%d] Error in recieving events %d!", kGetResponse, __LINE__, status);
+        TESMIR_LOGE("[%s:%d] Error in recieving events %d!", kGetResponse, __LINE__, status);
     }
-    LOG_EXIT(kGetResponse);
+    TESMIR_TRACE_EXIT(kGetResponse);
     return status;
 }

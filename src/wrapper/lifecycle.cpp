@@ -18,39 +18,40 @@ WpacliWrapper* GetWpacliWrapperHandle() {
 }
 
 WpacliWrapper::~WpacliWrapper() {
-    LOG_INFO("[%s] Called\n", "~WpacliWrapper");
+    TESMIR_LOGI("[%s] Called\n", "~WpacliWrapper");
     // During destruction this is always our own Close(), whatever class the object was.
     Close();  // NOLINT(clang-analyzer-optin.cplusplus.VirtualCall)
 }
 
 int32_t WpacliWrapper::Open(const std::string& ctrlPath) {
-    LOG_ENTER(kOpen);
+    TESMIR_TRACE_ENTER(kOpen);
     // A virtual call, so that a host's override of Close() runs here too.
     Close();
 
     mCommandConn = wpa_ctrl_open(ctrlPath.c_str());
     if (mCommandConn == nullptr) {
-        LOG_ERROR("[%s] Unable to get wpa handle for control path: %s\n", kOpen, ctrlPath.c_str());
+        TESMIR_LOGE("[%s] Unable to get wpa handle for control path: %s\n", kOpen,
+                    ctrlPath.c_str());
     } else {
         mEventConn = wpa_ctrl_open(ctrlPath.c_str());
         if (mEventConn == nullptr) {
-            LOG_ERROR("[%s] Unable to get wpa event handle for control path: %s\n", kOpen,
-                      ctrlPath.c_str());
+            TESMIR_LOGE("[%s] Unable to get wpa event handle for control path: %s\n", kOpen,
+                        ctrlPath.c_str());
         } else {
-            LOG_INFO("[%s] %s interface opened\n", kOpen, ctrlPath.c_str());
-            LOG_EXIT(kOpen);
+            TESMIR_LOGI("[%s] %s interface opened\n", kOpen, ctrlPath.c_str());
+            TESMIR_TRACE_EXIT(kOpen);
             return 0;
         }
     }
 
     // Drops the command connection if only it was opened.
     Close();
-    LOG_EXIT(kOpen);
+    TESMIR_TRACE_EXIT(kOpen);
     return -1;
 }
 
 void WpacliWrapper::Close() {
-    LOG_ENTER(kClose);
+    TESMIR_TRACE_ENTER(kClose);
     if (mCommandConn != nullptr) {
         wpa_ctrl_close(mCommandConn);
     }
@@ -59,5 +60,5 @@ void WpacliWrapper::Close() {
     }
     mCommandConn = nullptr;
     mEventConn = nullptr;
-    LOG_EXIT(kClose);
+    TESMIR_TRACE_EXIT(kClose);
 }

@@ -1,6 +1,6 @@
 // Execute in both modes over the link-time fakes: arbitrary direct replies of 1 to 64 bytes and
 // arbitrary sequences of events of 0 to 2048 bytes, with valid patterns and every log bit set.
-// Statuses are 0 or the specified negative values; a response is untouched on failure, and
+// Statuses are 0 or the documented negative values; a response is untouched on failure, and
 // otherwise is what the reply or an event makes of it.
 
 #include <algorithm>

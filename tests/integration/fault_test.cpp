@@ -1,4 +1,4 @@
-// The supplicant taken away at each point of a call: statuses are the specified negative values,
+// The supplicant taken away at each point of a call: statuses are the documented negative values,
 // no call outlasts libwpa_client's own 10 s limit or the 3 s budget, and the client works again
 // after Open.
 

@@ -1,9 +1,13 @@
 #include "bench_lab.h"
 
+#include <fcntl.h>
+#include <spawn.h>
 #include <stddef.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/select.h>
+#include <sys/wait.h>
+#include <unistd.h>  // environ
 
 #include <wpa_ctrl.h>
 
@@ -17,6 +21,21 @@ const BenchLab* BenchLab::Get() {
         return found;
     }();
     return lab;
+}
+
+bool WpaCliPing(const BenchLab& lab) {
+    const std::string dir = lab.socket.substr(0, lab.socket.rfind('/'));
+    const char* argv[] = {"wpa_cli", "-p", dir.c_str(), "-i", lab.ifname.c_str(), "ping", nullptr};
+    posix_spawn_file_actions_t quiet;
+    posix_spawn_file_actions_init(&quiet);
+    posix_spawn_file_actions_addopen(&quiet, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    pid_t pid;
+    int status = 0;
+    const bool ok = posix_spawnp(&pid, "wpa_cli", &quiet, nullptr, const_cast<char**>(argv),
+                                 environ) == 0 &&
+                    waitpid(pid, &status, 0) == pid && status == 0;
+    posix_spawn_file_actions_destroy(&quiet);
+    return ok;
 }
 
 RawClient::RawClient(const BenchLab& lab) {

@@ -18,6 +18,10 @@ struct BenchLab {
     static const BenchLab* Get();
 };
 
+// Runs "wpa_cli ping" on the lab's socket as a process, as hosts without the library do.
+// Returns true when it exited 0.
+bool WpaCliPing(const BenchLab& lab);
+
 // The raw client doing what Execute does, with nothing else around it.
 class RawClient {
   public:

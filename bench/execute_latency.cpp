@@ -4,12 +4,8 @@
 // alternates, so that neither side always goes first. Writes "impl,microseconds" lines.
 //   tesmir_execute_latency ROUNDS OUT.csv    (needs TESMIR_BENCH_SOCKET and TESMIR_BENCH_DIR)
 
-#include <fcntl.h>
-#include <spawn.h>
 #include <stdio.h>
 #include <stdlib.h>
-#include <sys/wait.h>
-#include <unistd.h>  // environ
 
 #include <chrono>
 #include <memory>
@@ -46,11 +42,6 @@ int main(int argc, char** argv) {
     std::unique_ptr<WpacliWrapper> client(GetWpacliWrapperHandle());
     RawClient raw(*lab);
     if (client->Open(lab->socket) != 0 || !raw.ok()) return 1;
-    const std::string dir = lab->socket.substr(0, lab->socket.rfind('/'));
-    const char* cli[] = {"wpa_cli", "-p", dir.c_str(), "-i", lab->ifname.c_str(), "ping", nullptr};
-    posix_spawn_file_actions_t quiet;
-    posix_spawn_file_actions_init(&quiet);
-    posix_spawn_file_actions_addopen(&quiet, 1, "/dev/null", O_WRONLY, 0);
 
     RawClient housekeeping(*lab);
     std::string response;
@@ -87,16 +78,9 @@ int main(int argc, char** argv) {
             libraryWait();
         }
         if (i % kWpaCliEvery == 0) {
-            fprintf(out, "wpa_cli,%.1f\n", Micros([&] {
-                        pid_t pid;
-                        int status = 0;
-                        failures += posix_spawnp(&pid, "wpa_cli", &quiet, nullptr,
-                                                 const_cast<char**>(cli), environ) != 0 ||
-                                    waitpid(pid, &status, 0) != pid || status != 0;
-                    }));
+            fprintf(out, "wpa_cli,%.1f\n", Micros([&] { failures += !WpaCliPing(*lab); }));
         }
     }
-    posix_spawn_file_actions_destroy(&quiet);
     fclose(out);
     if (failures != 0) fprintf(stderr, "%d calls failed\n", failures);
     return failures == 0 ? 0 : 1;

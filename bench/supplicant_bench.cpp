@@ -2,11 +2,6 @@
 // library and beside running wpa_cli as a process. Skipped when scripts/bench.sh has not started a
 // supplicant (TESMIR_BENCH_SOCKET).
 
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>  // environ
-
 #include <memory>
 #include <string>
 
@@ -69,22 +64,12 @@ BENCHMARK(BM_Execute_Ping_Raw)->UseRealTime();
 void BM_Execute_Ping_WpaCli(benchmark::State& state) {
     const BenchLab* lab = LabOrSkip(state);
     if (lab == nullptr) return;
-    const std::string dir = lab->socket.substr(0, lab->socket.rfind('/'));
-    const char* argv[] = {"wpa_cli", "-p", dir.c_str(), "-i", lab->ifname.c_str(), "ping", nullptr};
-    posix_spawn_file_actions_t quiet;
-    posix_spawn_file_actions_init(&quiet);
-    posix_spawn_file_actions_addopen(&quiet, 1, "/dev/null", O_WRONLY, 0);
     for (auto _ : state) {
-        pid_t pid;
-        int status = 0;
-        if (posix_spawnp(&pid, "wpa_cli", &quiet, nullptr, const_cast<char**>(argv), environ) !=
-                    0 ||
-            waitpid(pid, &status, 0) != pid || status != 0) {
+        if (!WpaCliPing(*lab)) {
             state.SkipWithError("wpa_cli failed");
             break;
         }
     }
-    posix_spawn_file_actions_destroy(&quiet);
 }
 BENCHMARK(BM_Execute_Ping_WpaCli)->UseRealTime();
 

@@ -39,5 +39,4 @@ set_target_properties(tesmir::wpa_client PROPERTIES
 add_library(tesmir::liblog SHARED IMPORTED)
 set_target_properties(tesmir::liblog PROPERTIES
     IMPORTED_LOCATION "${TESMIR_LIBLOG_LIB}"
-    IMPORTED_NO_SONAME OFF
     INTERFACE_INCLUDE_DIRECTORIES "${TESMIR_LIBLOG_INCLUDE}")

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "WpacliWrapper.h"
+#include "direct_reply.h"
 #include "fake_android_log.h"
 #include "fake_wpa_ctrl.h"
 #include "fuzz_input.h"
@@ -49,10 +50,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (status != 0) {
         FUZZ_CHECK(response == "untouched");
     } else if (!wait) {
-        std::string expected = reply.substr(0, reply.size() - 1);
-        expected = expected.substr(0, expected.find('\0'));
-        expected.erase(std::remove(expected.begin(), expected.end(), ' '), expected.end());
-        FUZZ_CHECK(response == expected);
+        FUZZ_CHECK(response == DirectModeResponse(reply));
     } else {
         // Some event, cut to its first NUL, to the buffer, and to earlier events' lengths.
         FUZZ_CHECK(response.size() <= kEventBuffer);

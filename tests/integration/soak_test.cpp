@@ -5,7 +5,6 @@
 #include <dirent.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <fstream>
@@ -14,6 +13,7 @@
 #include <thread>
 #include <vector>
 
+#include "direct_reply.h"
 #include "raw_client.h"
 #include "supplicant_fixture.h"
 
@@ -123,14 +123,11 @@ TEST_F(SoakTest, eight_threads_with_own_clients_get_their_own_replies) {
         const char* command;
         std::string expected;
     };
-    std::string capabilitiesCut = capabilities.substr(0, 63);
-    capabilitiesCut.erase(std::remove(capabilitiesCut.begin(), capabilitiesCut.end(), ' '),
-                          capabilitiesCut.end());
     const std::vector<Case> cases = {{"PING", "PONG"},
                                      // No line feed on this reply: the cut takes the "0".
                                      {"IFNAME", "veth"},
                                      {"NOT_A_COMMAND", "UNKNOWNCOMMAND"},
-                                     {"GET_CAPABILITY eap", capabilitiesCut}};
+                                     {"GET_CAPABILITY eap", DirectModeResponse(capabilities)}};
 
     // libwpa_client numbers its client sockets with an unguarded static counter: two threads
     // opening at once can make the same name, and the second bind then unlinks the first's

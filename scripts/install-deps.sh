@@ -12,6 +12,8 @@ want=(
     googletest
     wpasupplicant hostapd iproute2
     blueprint-tools binutils file procps
+    golang-go golang-android-soong-dev golang-github-google-blueprint-dev
+    golang-github-golang-protobuf-1-3-dev
 )
 
 refresh=0

@@ -94,6 +94,8 @@ bpfmt_clean() {
     }
 }
 run_check bpfmt bpfmt_clean
+run_check "Soong analysis of Android.bp, and the device link" tools/soong_check/soong_check.sh build-soong
+run_check "Soong rejects broken copies of Android.bp" tests/soong/broken_android_bp_test.sh build-soong
 
 step "AddressSanitizer and UndefinedBehaviorSanitizer build"
 configure_and_build build-asan -DTESMIR_ASAN=ON -DTESMIR_BUILD_TESTS=ON -DTESMIR_BUILD_TOOLS=ON

@@ -19,6 +19,9 @@ struct wpa_ctrl;
 class TESMIR_EXPORT WpacliWrapper {
   public:
     WpacliWrapper() = default;
+    // A copy would close both connections twice; without copies there are no moves either.
+    WpacliWrapper(const WpacliWrapper&) = delete;
+    WpacliWrapper& operator=(const WpacliWrapper&) = delete;
 
     // Closes both connections.
     virtual ~WpacliWrapper();

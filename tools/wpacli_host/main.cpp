@@ -51,9 +51,16 @@ int ExitCodeFor(int32_t status) {
     return status < -kMaxStatusExit ? kMaxStatusExit : -status;
 }
 
+// "a, b" gives "a" and "b": blanks around a key would keep it from ever matching a word.
 std::vector<std::string> SplitKeys(const std::string& list) {
     std::vector<std::string> keys;
     WpaStringUtils::SplitString(list, ',', keys);
+    for (std::string& key : keys) {
+        const size_t first = key.find_first_not_of(" \t");
+        key = first == std::string::npos
+                      ? ""
+                      : key.substr(first, key.find_last_not_of(" \t") + 1 - first);
+    }
     return keys;
 }
 

@@ -11,6 +11,7 @@ sources=/etc/apt/sources.list.d/debian.sources
 mirror=/etc/apt/sources.list.d/tesmir-debian-src.sources
 if ! grep -rqs '^Types:.*deb-src\|^deb-src' /etc/apt/sources.list /etc/apt/sources.list.d/; then
     [ -f "$sources" ] || { echo "fetch-benchmark: no $sources to mirror" >&2; exit 1; }
+    echo "fetch-benchmark: adding $mirror, deb-src entries mirroring $sources"
     sed 's/^Types: deb$/Types: deb-src/' "$sources" >"$mirror"
     apt-get update -qq || true
 fi

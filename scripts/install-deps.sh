@@ -11,7 +11,7 @@ want=(
     libwpa-client-dev android-liblog-dev
     googletest
     wpasupplicant hostapd iproute2
-    blueprint-tools binutils file procps
+    blueprint-tools binutils file procps g++
     golang-go golang-android-soong-dev golang-github-google-blueprint-dev
     golang-github-golang-protobuf-1-3-dev
 )
@@ -19,6 +19,7 @@ want=(
 refresh=0
 if [ "${1:-}" = "--arm64" ]; then
     if ! dpkg --print-foreign-architectures | grep -qx arm64; then
+        echo "install-deps: adding the arm64 architecture to dpkg, for the cross build's libraries"
         dpkg --add-architecture arm64
         refresh=1
     fi

@@ -8,6 +8,8 @@
 #   supplicant-lab.sh start-supplicant DIR  start it again on the same control socket
 #   supplicant-lab.sh down DIR              stop everything and remove the namespace
 #   supplicant-lab.sh sweep                 remove labs left behind by crashed runs
+#   supplicant-lab.sh run -- COMMAND...     a lab with the authenticator for COMMAND, which finds
+#                                           it in TESMIR_LAB_DIR; exits 77 where none can be made
 #
 # The 802.1X identity is "tesmir" with EAP-MD5 password "tesmir-secret".
 set -euo pipefail
@@ -112,6 +114,18 @@ sweep() {
     done
 }
 
+run() {
+    local why
+    if ! why=$(check 2>&1); then
+        echo "skipped: no supplicant lab here: $why"
+        exit 77
+    fi
+    dir=$(mktemp -d /tmp/tesmir-lab.XXXXXX)
+    trap 'down; rm -rf "$dir"' EXIT
+    up --hostapd >/dev/null
+    TESMIR_LAB_DIR=$dir "$@"
+}
+
 case "$cmd" in
 check) check ;;
 up) up "${3:-}" ;;
@@ -119,5 +133,9 @@ stop-supplicant) stop_pidfile "$dir/wpa_supplicant.pid" ;;
 start-supplicant) start_supplicant ;;
 down) down ;;
 sweep) sweep ;;
-*) die "usage: supplicant-lab.sh check | up DIR [--hostapd] | stop-supplicant DIR | start-supplicant DIR | down DIR | sweep" ;;
+run)
+    shift 2  # "run --"
+    run "$@"
+    ;;
+*) die "usage: supplicant-lab.sh check | up DIR [--hostapd] | stop-supplicant DIR | start-supplicant DIR | down DIR | sweep | run -- COMMAND..." ;;
 esac

@@ -1,27 +1,35 @@
-#include "fake_android_log.h"
-
+#include <errno.h>
 #include <stdarg.h>
 #include <stdio.h>
 
+#include <string>
+
 #include <android/log.h>
 
-namespace fake {
-
-std::vector<LogEntry>& Logs() {
-    static auto* logs = new std::vector<LogEntry>();
-    return *logs;
-}
-
-}  // namespace fake
+#include "fakes.h"
 
 extern "C" int __android_log_print(int prio, const char* tag, const char* fmt, ...) {
-    // Larger than any message the library writes (an event is at most 512 bytes).
-    char text[4096];
+    const int savedErrno = errno;  // as liblog: a log call leaves errno alone
+    char text[4096];               // more than any message (an event is at most 512 bytes)
     va_list args;
     va_start(args, fmt);
-    // The analyzer misses the va_start above.
     const int length = vsnprintf(text, sizeof(text), fmt, args);  // NOLINT(clang-analyzer-valist.*)
     va_end(args);
-    fake::Logs().push_back({prio, tag, fmt, length >= 0 ? text : ""});
+
+    const char letter = prio == ANDROID_LOG_DEBUG   ? 'D'
+                        : prio == ANDROID_LOG_INFO  ? 'I'
+                        : prio == ANDROID_LOG_ERROR ? 'E'
+                                                    : '?';
+    std::string line = std::string(1, letter) +
+                       (std::string(tag) == "WpacliWrapper" ? " " : " <wrong tag> ") + text;
+    // "[Open:42]" becomes "[Open:N]": line numbers follow the source.
+    const size_t colon = line.find(':');
+    const size_t close = line.find(']');
+    if (!fake::GetScript().lineNumbers && line[2] == '[' && colon < close &&
+        close != std::string::npos) {
+        line.replace(colon + 1, close - colon - 1, "N");
+    }
+    fake::Transcript().push_back(line);
+    errno = savedErrno;
     return length;
 }

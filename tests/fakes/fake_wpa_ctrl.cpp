@@ -1,141 +1,119 @@
-#include "fake_wpa_ctrl.h"
-
 #include <stdlib.h>
-#include <sys/select.h>
-#include <sys/socket.h>
-#include <unistd.h>
+#include <string.h>
 
 #include <algorithm>
-#include <cstring>
+#include <memory>
 
 #include <wpa_ctrl.h>
 
+#include "fakes.h"
+
 struct wpa_ctrl {
     int id;
-    int fd;    // the library's end
-    int peer;  // where the test writes events
+    std::deque<std::string> events;
 };
 
 namespace fake {
 namespace {
 
+constexpr int kFirstFd = 100;  // connection n has descriptor kFirstFd + n
+
 struct State {
-    WpaCtrlScript script;
-    std::vector<Call> calls;
-    std::vector<wpa_ctrl*> open;
-    int nextId = 1;
+    Script script;
+    std::vector<std::string> transcript;
+    std::vector<std::unique_ptr<wpa_ctrl>> open;
+    int lastId = 0;
 };
 
-State& GetState() {
+State& Get() {
     static auto* state = new State();
     return *state;
 }
 
-void Record(Op op, const wpa_ctrl* ctrl, std::string text = {}, size_t length = 0) {
-    GetState().calls.push_back({op, ctrl ? ctrl->id : 0, std::move(text), length});
+void Record(const char* op, const wpa_ctrl* ctrl, const std::string& detail = {}) {
+    Get().transcript.push_back(op + (" " + std::to_string(ctrl ? ctrl->id : 0)) + detail);
 }
 
+// The next scripted value, or |otherwise| when none is left.
 template <typename T>
-std::optional<T> Pop(std::deque<T>& queue) {
-    if (queue.empty()) return std::nullopt;
-    T value = queue.front();
-    queue.pop_front();
+T Next(std::deque<T>& scripted, T otherwise) {
+    if (scripted.empty()) return otherwise;
+    T value = scripted.front();
+    scripted.pop_front();
     return value;
-}
-
-void Abort(const char* what) {
-    fprintf(stderr, "fake_wpa_ctrl: %s: %s\n", what, strerror(errno));
-    abort();
 }
 
 }  // namespace
 
-WpaCtrlScript& Script() {
-    return GetState().script;
+Script& GetScript() {
+    return Get().script;
 }
 
-const std::vector<Call>& Calls() {
-    return GetState().calls;
-}
-
-std::vector<Op> Ops() {
-    std::vector<Op> ops;
-    for (const Call& call : Calls()) ops.push_back(call.op);
-    return ops;
-}
-
-void ClearCalls() {
-    GetState().calls.clear();
+std::vector<std::string>& Transcript() {
+    return Get().transcript;
 }
 
 void Reset() {
-    State& state = GetState();
-    for (wpa_ctrl* ctrl : state.open) {
-        close(ctrl->fd);
-        close(ctrl->peer);
-        delete ctrl;
-    }
-    state = State();
+    Get() = State();
 }
 
 void SendEvent(const std::string& bytes) {
-    State& state = GetState();
-    if (state.open.empty()) Abort("no connection to send an event on");
-    if (send(state.open.back()->peer, bytes.data(), bytes.size(), 0) < 0) Abort("send");
+    Get().open.back()->events.push_back(bytes);
+}
+
+bool EventQueued(int fd) {
+    for (const auto& ctrl : Get().open) {
+        if (ctrl->id == fd - kFirstFd) return !ctrl->events.empty();
+    }
+    return false;
 }
 
 int OpenConnections() {
-    return static_cast<int>(GetState().open.size());
+    return static_cast<int>(Get().open.size());
 }
 
 }  // namespace fake
 
-using fake::GetState;
-using fake::Op;
-using fake::Pop;
+using fake::Get;
 using fake::Record;
 
 extern "C" {
 
 struct wpa_ctrl* wpa_ctrl_open(const char* ctrl_path) {
-    fake::State& state = GetState();
-    Record(Op::kOpen, nullptr, ctrl_path);
-    if (state.script.onOpen) state.script.onOpen();
-    if (Pop(state.script.openFails).value_or(false)) return nullptr;
-
-    int fds[2];
-    if (socketpair(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0, fds) != 0) fake::Abort("socketpair");
-    auto* ctrl = new wpa_ctrl{state.nextId++, fds[0], fds[1]};
-    state.open.push_back(ctrl);
-    state.calls.back().conn = ctrl->id;
+    if (Get().script.onOpen) Get().script.onOpen();
+    wpa_ctrl* ctrl = nullptr;
+    if (!fake::Next(Get().script.openFails, false)) {
+        ctrl = Get().open.emplace_back(new wpa_ctrl{++Get().lastId, {}}).get();
+    }
+    Get().transcript.push_back(std::string("open ") + ctrl_path + " -> " +
+                               (ctrl ? std::to_string(ctrl->id) : "null"));
     return ctrl;
 }
 
 void wpa_ctrl_close(struct wpa_ctrl* ctrl) {
-    fake::State& state = GetState();
-    Record(Op::kClose, ctrl);
-    auto it = std::find(state.open.begin(), state.open.end(), ctrl);
-    if (it == state.open.end()) fake::Abort("closing a connection that is not open");
-    state.open.erase(it);
-    close(ctrl->fd);
-    close(ctrl->peer);
-    delete ctrl;
+    Record("close", ctrl);
+    auto& open = Get().open;
+    auto it = std::find_if(open.begin(), open.end(), [&](auto& c) { return c.get() == ctrl; });
+    if (it == open.end()) abort();  // not open
+    open.erase(it);
 }
 
 int wpa_ctrl_attach(struct wpa_ctrl* ctrl) {
-    Record(Op::kAttach, ctrl);
-    return GetState().script.attachResult;
+    Record("attach", ctrl);
+    return Get().script.attachResult;
 }
 
 int wpa_ctrl_detach(struct wpa_ctrl* ctrl) {
-    Record(Op::kDetach, ctrl);
+    Record("detach", ctrl);
     return 0;
 }
 
 int wpa_ctrl_request(struct wpa_ctrl* ctrl, const char* cmd, size_t cmd_len, char* reply,
-                     size_t* reply_len, void (* /*msg_cb*/)(char*, size_t)) {
-    const fake::WpaCtrlScript& script = GetState().script;
-    Record(Op::kRequest, ctrl, std::string(cmd, cmd_len), *reply_len);
+                     size_t* reply_len, void (*msg_cb)(char*, size_t)) {
+    Record("request", ctrl,
+           " " + std::string(cmd, cmd_len) + " (" + std::to_string(*reply_len) + ")" +
+                   (msg_cb != nullptr ? " with a callback" : ""));
+    const fake::Script& script = Get().script;
     if (script.requestResult < 0) return script.requestResult;
     const size_t copied = std::min(script.reply.size(), *reply_len);
     // Replies are bytes, not C strings: no terminator is added, as with the real client.
@@ -145,31 +123,24 @@ int wpa_ctrl_request(struct wpa_ctrl* ctrl, const char* cmd, size_t cmd_len, cha
 }
 
 int wpa_ctrl_get_fd(struct wpa_ctrl* ctrl) {
-    Record(Op::kGetFd, ctrl);
-    return GetState().script.fd.value_or(ctrl->fd);
+    Record("get_fd", ctrl);
+    return Get().script.fd.value_or(fake::kFirstFd + ctrl->id);
 }
 
 int wpa_ctrl_recv(struct wpa_ctrl* ctrl, char* reply, size_t* reply_len) {
-    Record(Op::kRecv, ctrl, {}, *reply_len);
-    const std::optional<int> scripted = Pop(GetState().script.recvResults);
-    if (scripted && *scripted < 0) return *scripted;
-    // As the real client: one datagram, cut to the capacity offered.
-    const ssize_t received = recv(ctrl->fd, reply, *reply_len, 0);
-    if (received < 0) return -1;
-    *reply_len = static_cast<size_t>(received);
+    Record("recv", ctrl, " (" + std::to_string(*reply_len) + ")");
+    const int result = fake::Next(Get().script.recvResults, ctrl->events.empty() ? -1 : 0);
+    if (result < 0) return result;
+    // One datagram, cut to the capacity offered.
+    *reply_len = std::min(ctrl->events.front().size(), *reply_len);
+    memcpy(reply, ctrl->events.front().data(), *reply_len);  // NOLINT(bugprone-not-null-*)
+    ctrl->events.pop_front();
     return 0;
 }
 
 int wpa_ctrl_pending(struct wpa_ctrl* ctrl) {
-    Record(Op::kPending, ctrl);
-    if (const std::optional<int> scripted = Pop(GetState().script.pendingResults)) {
-        return *scripted;
-    }
-    fd_set readable;
-    FD_ZERO(&readable);
-    FD_SET(ctrl->fd, &readable);
-    struct timeval now = {0, 0};
-    return select(ctrl->fd + 1, &readable, nullptr, nullptr, &now) > 0 ? 1 : 0;
+    Record("pending", ctrl);
+    return fake::Next(Get().script.pendingResults, ctrl->events.empty() ? 0 : 1);
 }
 
 }  // extern "C"

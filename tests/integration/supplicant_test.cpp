@@ -1,33 +1,39 @@
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
+// What only a real wpa_supplicant shows: its replies as they really end, its events, and losing it.
 
+#include <algorithm>
 #include <chrono>
-#include <fstream>
 
-#include "direct_reply.h"
-#include "raw_client.h"
-#include "supplicant_fixture.h"
+#include "lab.h"
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-TEST_F(SupplicantTest, ping_gives_pong) {
-    EXPECT_EQ("PONG", Direct("PING"));
-}
-
-TEST_F(SupplicantTest, unknown_command_loses_its_space) {
-    EXPECT_EQ("UNKNOWN COMMAND\n", RawRequest(lab_->socketPath(), lab_->dir(), "NOT_A_COMMAND"));
-    EXPECT_EQ("UNKNOWNCOMMAND", Direct("NOT_A_COMMAND"));
-}
-
-TEST_F(SupplicantTest, long_replies_are_cut_to_63_bytes_less_spaces) {
-    for (const char* command : {"GET_CAPABILITY eap", "STATUS"}) {
-        SCOPED_TRACE(command);
-        const std::string raw = RawRequest(lab_->socketPath(), lab_->dir(), command);
+TEST_F(SupplicantTest, direct_replies_lose_their_last_byte_whatever_it_is) {
+    struct Case {
+        const char* command;
+        const char* raw;  // the whole reply, or null where it is longer than 64 bytes
+        const char* response;
+    };
+    const Case cases[] = {
+            {"PING", "PONG\n", "PONG"},
+            {"NOT_A_COMMAND", "UNKNOWN COMMAND\n", "UNKNOWNCOMMAND"},
+            // This reply has no line feed: the blind cut takes the interface name's last byte.
+            {"IFNAME", "veth0", "veth"},
+            {"GET_CAPABILITY eap", nullptr, nullptr},
+            {"STATUS", nullptr, nullptr},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.command);
+        const std::string raw = Raw(c.command);
+        if (c.raw != nullptr) {
+            EXPECT_EQ(c.raw, raw);
+            EXPECT_EQ(c.response, Direct(c.command));
+            continue;
+        }
+        // At most 64 bytes received, the last of them dropped, every space removed.
         ASSERT_GT(raw.size(), 64u);
-        EXPECT_EQ(DirectModeResponse(raw), Direct(command));
+        std::string expected = raw.substr(0, 63);
+        expected.erase(std::remove(expected.begin(), expected.end(), ' '), expected.end());
+        EXPECT_EQ(expected, Direct(c.command));
     }
 }
 
@@ -39,57 +45,26 @@ TEST_F(SupplicantTest, network_events_end_waiting_mode) {
     EXPECT_EQ("<3>CTRL-EVENT-NETWORK-ADDED 1", response);
     ASSERT_EQ(0, client_->Execute("REMOVE_NETWORK 0", "NETWORK-REMOVED", response, true));
     EXPECT_EQ("<3>CTRL-EVENT-NETWORK-REMOVED 0", response);
-    // The supplicant agrees: only network 1 is left.
-    const std::string networks = RawRequest(lab_->socketPath(), lab_->dir(), "LIST_NETWORKS");
-    EXPECT_NE(std::string::npos, networks.find("\n1\t")) << networks;
-    EXPECT_EQ(std::string::npos, networks.find("\n0\t")) << networks;
-}
+    EXPECT_EQ("network id / ssid / bssid / flags\n1\t\tany\t[DISABLED]\n", Raw("LIST_NETWORKS"));
 
-TEST_F(SupplicantTest, wait_without_attach_times_out) {
-    const auto start = Clock::now();
-    std::string response = "untouched";
-    EXPECT_EQ(-22, client_->GetResponse("", response));
-    EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(2900));
-    EXPECT_EQ("untouched", response);
-}
-
-TEST_F(SupplicantTest, failed_open_then_reopen) {
-    EXPECT_EQ(-1, client_->Open(lab_->dir() + "/no-such-socket"));
-    std::string response;
-    EXPECT_EQ(0, client_->Open(lab_->socketPath()));
-    EXPECT_EQ("PONG", Direct("PING"));
-    EXPECT_EQ(0, client_->Open(lab_->socketPath()));
-    EXPECT_EQ("PONG", Direct("PING"));
-}
-
-TEST_F(SupplicantTest, paths_that_are_not_a_supplicant_fail_open) {
-    const std::string file = lab_->dir() + "/plain-file";
-    std::ofstream(file) << "not a socket";
-    EXPECT_EQ(-1, client_->Open(file));
-
-    const std::string streamPath = lab_->dir() + "/stream-socket";
-    const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
-    ASSERT_GE(listener, 0);
-    sockaddr_un addr = {};
-    addr.sun_family = AF_UNIX;
-    streamPath.copy(addr.sun_path, sizeof(addr.sun_path) - 1);
-    ASSERT_EQ(0, bind(listener, reinterpret_cast<sockaddr*>(&addr), sizeof(addr)));
-    ASSERT_EQ(0, listen(listener, 1));
-    EXPECT_EQ(-1, client_->Open(streamPath));
-    close(listener);
+    // The supplicant sends the events of a command before its reply, so all are queued when the
+    // wait begins. Every receive is offered the first one's 31 bytes: "...REMOVED 10" is cut.
+    for (int i = 2; i <= 10; ++i) ASSERT_EQ(std::to_string(i), Direct("ADD_NETWORK"));
+    ASSERT_EQ(0, client_->Execute("REMOVE_NETWORK all", "REMOVED 10", response, true));
+    EXPECT_EQ("<3>CTRL-EVENT-NETWORK-REMOVED 1", response);
 }
 
 TEST_F(SupplicantTest, supplicant_killed_while_open_then_back) {
-    ASSERT_TRUE(lab_->StopSupplicant());
-    const auto start = Clock::now();
+    EXPECT_EQ("PONG", Direct("PING"));
+    ASSERT_TRUE(Lab("stop-supplicant"));
+    const auto start = std::chrono::steady_clock::now();
     std::string response = "untouched";
-    EXPECT_LT(client_->Execute("PING", "", response, false), 0);
-    // libwpa_client waits at most 10 s for a reply.
-    EXPECT_LT(Clock::now() - start, std::chrono::seconds(11));
+    EXPECT_EQ(-1, client_->Execute("PING", "", response, false));  // the attach is refused
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
     EXPECT_EQ("untouched", response);
 
-    ASSERT_TRUE(lab_->StartSupplicant());
-    ASSERT_EQ(0, client_->Open(lab_->socketPath()));
+    ASSERT_TRUE(Lab("start-supplicant"));
+    ASSERT_EQ(0, client_->Open(SocketPath()));
     EXPECT_EQ("PONG", Direct("PING"));
 }
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <signal.h>
+#include <string.h>
+
 #include <string>
 #include <vector>
 
@@ -7,11 +10,19 @@
 #include <gtest/gtest.h>
 
 #include "WpacliWrapper.h"
-#include "fake_android_log.h"
-#include "fake_select.h"
-#include "fake_wpa_ctrl.h"
+#include "fakes.h"
 
-// A fresh client over the fakes, with every recording cleared and the mask at its default.
+// The signal of a trapping sanitizer check: the platform build points traps at abort(); elsewhere
+// they are ud2 on x86-64 and brk on arm64.
+#if defined(__ANDROID__)
+constexpr int kTrapSignal = SIGABRT;
+#elif defined(__aarch64__)
+constexpr int kTrapSignal = SIGTRAP;
+#else
+constexpr int kTrapSignal = SIGILL;
+#endif
+
+// A fresh client over the fakes, with the mask at its default.
 class ClientTest : public ::testing::Test {
   protected:
     static constexpr const char* kPath = "/data/vendor/wifi/wpa/sockets/wlan0";
@@ -19,44 +30,30 @@ class ClientTest : public ::testing::Test {
 
     void SetUp() override {
         fake::Reset();
-        fake::Logs().clear();
-        fake::SelectTimeouts().clear();
         gTesmirLogLevel = 0x43;
         client_ = GetWpacliWrapperHandle();
     }
 
-    void TearDown() override {
-        delete client_;
-        gTesmirLogLevel = 0x43;
-    }
+    void TearDown() override { delete client_; }
 
-    // Opens the client and forgets what that recorded, so a test sees only its own calls.
+    // Opens the client and forgets what that wrote, so a test sees only its own calls.
     void OpenClient() {
         ASSERT_EQ(0, client_->Open(kPath));
-        fake::ClearCalls();
-        fake::Logs().clear();
+        fake::Transcript().clear();
     }
 
-    static std::vector<std::string> LogTexts() {
-        std::vector<std::string> texts;
-        for (const fake::LogEntry& entry : fake::Logs()) texts.push_back(entry.text);
-        return texts;
-    }
-
-    // The log texts with the line numbers of "[name:line]" prefixes blanked out, for order checks.
-    static std::vector<std::string> LogShapes() {
-        std::vector<std::string> shapes;
-        for (const fake::LogEntry& entry : fake::Logs()) {
-            std::string text = entry.text;
-            const size_t colon = text.find(':');
-            const size_t close = text.find(']');
-            if (text[0] == '[' && colon != std::string::npos && close != std::string::npos &&
-                colon < close) {
-                text.replace(colon + 1, close - colon - 1, "N");
+    // The transcript since the last call (see fakes.h): whole, or the entries that begin with one
+    // of |prefixes|, "L" standing for log lines. The transcript then starts afresh.
+    static std::vector<std::string> Take(const std::string& prefixes = "") {
+        std::vector<std::string> taken;
+        for (std::string& entry : fake::Transcript()) {
+            const bool log = entry[1] == ' ' && strchr("DIE?", entry[0]) != nullptr;
+            if (prefixes.empty() || (log ? prefixes == "L" : entry.rfind(prefixes, 0) == 0)) {
+                taken.push_back(std::move(entry));
             }
-            shapes.push_back(text);
         }
-        return shapes;
+        fake::Transcript().clear();
+        return taken;
     }
 
     WpacliWrapper* client_ = nullptr;

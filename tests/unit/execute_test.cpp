@@ -1,9 +1,5 @@
-#include <android/log.h>
-
 #include "client_test_base.h"
-#include "death.h"
 
-using fake::Op;
 using namespace std::string_literals;
 using ::testing::ElementsAre;
 
@@ -18,115 +14,92 @@ class ExecuteTest : public ClientTest {
 
     // Runs a direct-mode command against the scripted reply; returns the response.
     std::string Direct(const std::string& reply, std::optional<size_t> replyLen = std::nullopt) {
-        fake::Script().reply = reply;
-        fake::Script().replyLen = replyLen;
+        fake::GetScript().reply = reply;
+        fake::GetScript().replyLen = replyLen;
         std::string response = "untouched";
         EXPECT_EQ(0, client_->Execute("STATUS", "ignored", response, false));
         return response;
     }
+
+    std::string response_ = "earlier";
 };
 
-TEST_F(ExecuteTest, direct_reply_loses_its_last_byte_blindly) {
-    EXPECT_EQ("OK", Direct("OK\n"));
-    EXPECT_EQ("FAI", Direct("FAIL"));
-    EXPECT_EQ("", Direct("\n"));
+TEST_F(ExecuteTest, direct_reply_is_cut_blindly_to_63_bytes_and_loses_its_spaces) {
+    const std::pair<std::string, std::string> cases[] = {
+            {"OK\n", "OK"},
+            {"FAIL", "FAI"},  // no line feed: the last real byte goes
+            {"\n", ""},
+            {" a\t b\r c \n", "a\tb\rc"},  // spaces only
+            {"a b\0c d\n"s, "ab"},         // the text ends at its own NUL
+            {"wpa_state=COMPLETED ssid=xyz " + std::string(40, 'x'),
+             "wpa_state=COMPLETEDssid=xyz" + std::string(34, 'x')},
+    };
+    for (const auto& [reply, response] : cases) {
+        SCOPED_TRACE(reply);
+        EXPECT_EQ(response, Direct(reply));
+    }
 }
 
-TEST_F(ExecuteTest, direct_reply_loses_every_space_and_nothing_else) {
-    EXPECT_EQ("abc", Direct("a b c\n"));
-    EXPECT_EQ("a\tb\rc", Direct(" a\t b\r c \n"));
-}
-
-TEST_F(ExecuteTest, direct_reply_is_cut_to_63_bytes) {
-    const std::string reply = "wpa_state=COMPLETED ssid=xyz " + std::string(40, 'x');
-    ASSERT_GT(reply.size(), 64u);
-    std::string expected = reply.substr(0, 63);
-    expected.erase(std::remove(expected.begin(), expected.end(), ' '), expected.end());
-    EXPECT_EQ(expected, Direct(reply));
-    EXPECT_EQ(64u, fake::Calls()[1].length);  // the whole buffer was offered
-}
-
-TEST_F(ExecuteTest, direct_reply_ends_at_its_own_nul) {
-    EXPECT_EQ("ab", Direct(std::string("a b\0c d\n", 8)));
-}
-
-TEST_F(ExecuteTest, direct_reply_is_logged_before_the_cut_length) {
+TEST_F(ExecuteTest, direct_mode_with_every_bit) {
     gTesmirLogLevel = kAllBits;
-    EXPECT_EQ("OK", Direct("OK\n"));
-    EXPECT_THAT(LogShapes(), ElementsAre("[Execute:N] >>", "[Execute] Executing Command: STATUS\n",
-                                         "Sync Response (len-3): OK", "[Execute:N] <<"));
-    EXPECT_EQ(ANDROID_LOG_INFO, fake::Logs()[1].priority);
-    EXPECT_EQ("[%s] Executing Command: %s\n", fake::Logs()[1].format);
-    EXPECT_EQ(ANDROID_LOG_DEBUG, fake::Logs()[2].priority);
-    EXPECT_EQ("Sync Response (len-%lu): %s", fake::Logs()[2].format);
+    EXPECT_EQ("abc", Direct("a b c\n"));
+    // The reply is logged as cut, before its spaces go.
+    EXPECT_THAT(Take(),
+                ElementsAre("D [Execute:N] >>", "attach 2",
+                            "I [Execute] Executing Command: STATUS\n", "request 1 STATUS (64)",
+                            "D Sync Response (len-6): a b c", "detach 2", "D [Execute:N] <<"));
 }
 
 TEST_F(ExecuteTest, command_is_sent_whole_with_its_length) {
-    const std::string command = "SET_NETWORK 0 ssid \"a\0b\""s;
-    std::string response;
-    EXPECT_EQ(0, client_->Execute(command, "", response, false));
-    EXPECT_EQ(command, fake::Calls()[1].text);
+    EXPECT_EQ(0, client_->Execute("SET_NETWORK 0 ssid \"a\0b\""s, "", response_, false));
+    EXPECT_THAT(Take(),
+                ElementsAre("attach 2", "request 1 SET_NETWORK 0 ssid \"a\0b\" (64)"s, "detach 2"));
 }
 
-TEST_F(ExecuteTest, attach_failure_sends_nothing_and_skips_detach_and_exit_trace) {
+TEST_F(ExecuteTest, failures_leave_the_response_alone) {
     gTesmirLogLevel = kAllBits;
-    fake::Script().attachResult = -3;
-    std::string response = "earlier";
-    EXPECT_EQ(-1, client_->Execute("PING", "", response, false));
-    EXPECT_EQ("earlier", response);
-    EXPECT_THAT(fake::Ops(), ElementsAre(Op::kAttach));
-    EXPECT_THAT(LogShapes(),
-                ElementsAre("[Execute:N] >>",
-                            "[Execute] Unable to attach wpa handle for recieving events.\n"));
-    EXPECT_EQ(ANDROID_LOG_ERROR, fake::Logs()[1].priority);
-}
+    // An attach failure returns at once: nothing sent, no detach, no exit trace.
+    fake::GetScript().attachResult = -3;
+    EXPECT_EQ(-1, client_->Execute("PING", "", response_, false));
+    EXPECT_THAT(Take(), ElementsAre("D [Execute:N] >>", "attach 2",
+                                    "E [Execute] Unable to attach wpa handle for recieving "
+                                    "events.\n"));
 
-TEST_F(ExecuteTest, request_failure_is_passed_on_after_detach) {
-    gTesmirLogLevel = kAllBits;
-    fake::Script().requestResult = -2;
-    std::string response = "earlier";
-    EXPECT_EQ(-2, client_->Execute("PING", "", response, false));
-    EXPECT_EQ("earlier", response);
-    EXPECT_THAT(fake::Ops(), ElementsAre(Op::kAttach, Op::kRequest, Op::kDetach));
-    EXPECT_THAT(LogShapes(), ElementsAre("[Execute:N] >>", "[Execute] Executing Command: PING\n",
-                                         "[Execute] Unable to request command execution or "
-                                         "Invalid command.(Error: -2)\n",
-                                         "[Execute:N] <<"));
-    EXPECT_EQ(ANDROID_LOG_ERROR, fake::Logs()[2].priority);
+    fake::GetScript().attachResult = 0;
+    fake::GetScript().requestResult = -2;
+    EXPECT_EQ(-2, client_->Execute("PING", "", response_, false));
+    EXPECT_THAT(Take(), ElementsAre("D [Execute:N] >>", "attach 2",
+                                    "I [Execute] Executing Command: PING\n", "request 1 PING (64)",
+                                    "E [Execute] Unable to request command execution or Invalid "
+                                    "command.(Error: -2)\n",
+                                    "detach 2", "D [Execute:N] <<"));
+
+    fake::GetScript().requestResult = 0;  // and no event comes
+    gTesmirLogLevel = 0x01;
+    EXPECT_EQ(-22, client_->Execute("SCAN", "SCAN-RESULTS", response_, true));
+    const std::vector<std::string> transcript = Take();
+    EXPECT_THAT(std::vector<std::string>(transcript.end() - 2, transcript.end()),
+                ElementsAre("E [Execute:N] Error during wait for events -22!\n", "detach 2"));
+    EXPECT_EQ("earlier", response_);
 }
 
 TEST_F(ExecuteTest, waiting_mode_returns_the_event_untouched) {
-    fake::Script().reply = "0\n";
+    gTesmirLogLevel = kAllBits;
     const std::string event = "<3>CTRL-EVENT-NETWORK-ADDED 0\n";
     fake::SendEvent(event);
-    std::string response;
-    EXPECT_EQ(0, client_->Execute("ADD_NETWORK", "NETWORK-ADDED", response, true));
-    EXPECT_EQ(event, response);
-    EXPECT_THAT(fake::Ops(),
-                ElementsAre(Op::kAttach, Op::kRequest, Op::kGetFd, Op::kRecv, Op::kDetach));
-    for (size_t i : {0, 2, 3, 4}) EXPECT_EQ(2, fake::Calls()[i].conn);
+    EXPECT_EQ(0, client_->Execute("ADD_NETWORK", "NETWORK-ADDED", response_, true));
+    EXPECT_EQ(event, response_);
+    EXPECT_THAT(Take(), ElementsAre("D [Execute:N] >>", "attach 2",
+                                    "I [Execute] Executing Command: ADD_NETWORK\n",
+                                    "request 1 ADD_NETWORK (64)", "D [GetResponse:N] >>",
+                                    "get_fd 2", "select 3.000000", "recv 2 (512)",
+                                    "I [GetResponse] response (len: " +
+                                            std::to_string(event.size()) + ") - \n" + event + "\n",
+                                    "D [GetResponse:N] <<", "detach 2", "D [Execute:N] <<"));
 }
 
-TEST_F(ExecuteTest, waiting_mode_failure_is_logged_and_passed_on) {
-    gTesmirLogLevel = kAllBits;
-    fake::Script().recvResults = {-1};
-    fake::SendEvent("<3>CTRL-EVENT-SCAN-STARTED ");
-    std::string response = "earlier";
-    EXPECT_EQ(-22, client_->Execute("SCAN", "SCAN-RESULTS", response, true));
-    EXPECT_EQ("earlier", response);
-    EXPECT_EQ(Op::kDetach, fake::Ops().back());
-    const std::vector<std::string> shapes = LogShapes();
-    ASSERT_GE(shapes.size(), 2u);
-    EXPECT_EQ("[Execute:N] Error during wait for events -22!\n", shapes[shapes.size() - 2]);
-    EXPECT_EQ("[Execute:N] <<", shapes.back());
-    EXPECT_EQ(ANDROID_LOG_ERROR, fake::Logs()[shapes.size() - 2].priority);
-}
-
-TEST_F(ExecuteTest, zero_length_reply_ends_the_process) {
+TEST_F(ExecuteTest, impossible_reply_lengths_end_the_process) {
     EXPECT_EXIT(Direct("", 0), ::testing::KilledBySignal(kTrapSignal), "");
-}
-
-TEST_F(ExecuteTest, reply_length_past_the_buffer_ends_the_process) {
     EXPECT_EXIT(Direct(std::string(64, 'x'), 65), ::testing::KilledBySignal(kTrapSignal), "");
 }
 

@@ -1,17 +1,8 @@
 #include <errno.h>
-#include <pthread.h>
-#include <string.h>
-#include <unistd.h>
-
-#include <chrono>
-#include <thread>
-
-#include <android/log.h>
 
 #include "client_test_base.h"
-#include "death.h"
 
-using fake::Op;
+using namespace std::string_literals;
 using ::testing::ElementsAre;
 
 namespace {
@@ -23,195 +14,138 @@ class GetResponseTest : public ClientTest {
         OpenClient();
     }
 
-    // Sizes of the buffers offered to each receive, in order.
-    static std::vector<size_t> RecvCapacities() {
-        std::vector<size_t> capacities;
-        for (const fake::Call& call : fake::Calls()) {
-            if (call.op == Op::kRecv) capacities.push_back(call.length);
-        }
-        return capacities;
+    int32_t GetResponse(const std::string& pattern) {
+        return client_->GetResponse(pattern, response_);
     }
 
     std::string response_ = "untouched";
 };
 
-TEST_F(GetResponseTest, first_matching_event_is_returned_whole) {
-    gTesmirLogLevel = kAllBits;
-    const std::string event = "<3>CTRL-EVENT-CONNECTED - Connection to 02:00:00:00:01:00 completed";
-    fake::SendEvent(event);
-    EXPECT_EQ(0, client_->GetResponse("CONNECTED", response_));
-    EXPECT_EQ(event, response_);
-    EXPECT_THAT(LogShapes(),
-                ElementsAre("[GetResponse:N] >>",
-                            "[GetResponse] response (len: " + std::to_string(event.size()) +
-                                    ") - \n" + event + "\n",
-                            "[GetResponse:N] <<"));
-    EXPECT_EQ(ANDROID_LOG_INFO, fake::Logs()[1].priority);
-    EXPECT_EQ("[%s] response (len: %lu) - \n%s\n", fake::Logs()[1].format);
-    EXPECT_THAT(RecvCapacities(), ElementsAre(512u));
-}
-
-TEST_F(GetResponseTest, lone_non_matching_event_is_returned_as_success) {
-    fake::SendEvent("<3>CTRL-EVENT-SCAN-STARTED ");
-    EXPECT_EQ(0, client_->GetResponse("SCAN-RESULTS", response_));
-    EXPECT_EQ("<3>CTRL-EVENT-SCAN-STARTED ", response_);
-}
-
 TEST_F(GetResponseTest, queued_events_are_examined_in_order_until_one_matches) {
-    fake::SendEvent("<3>one");
-    fake::SendEvent("<3>two");
-    fake::SendEvent("<3>three");
-    EXPECT_EQ(0, client_->GetResponse("tw", response_));
-    EXPECT_EQ("<3>two", response_);
-    EXPECT_THAT(fake::Ops(), ElementsAre(Op::kGetFd, Op::kRecv, Op::kPending, Op::kRecv));
+    const std::string longer = std::string(40, 'b') + std::string(59, 'c') + "Z";
+    struct Case {
+        std::vector<std::string> events;
+        std::string pattern;
+        std::string response;
+        std::vector<size_t> capacities;  // offered to each receive
+    };
+    const Case cases[] = {
+            {{"<3>CTRL-EVENT-CONNECTED - to 02:00:00:00:01:00"},
+             "CONNECTED",
+             "<3>CTRL-EVENT-CONNECTED - to 02:00:00:00:01:00",
+             {512}},
+            // Success without a match: the last event queued.
+            {{"<3>SCAN-STARTED "}, "SCAN-RESULTS", "<3>SCAN-STARTED ", {512}},
+            {{"<3>one", "<3>two", "<3>six"}, "four", "<3>six", {512, 6, 6}},
+            // A shorter event after a longer one keeps nothing of the longer one.
+            {{"<3>longer event", "<3>short"}, "short", "<3>short", {512, 15}},
+            // The receive length is not re-armed: the second is cut to the first's 40 bytes.
+            {{std::string(40, 'a'), longer}, "Z", std::string(40, 'b'), {512, 40}},
+            {{"<3>eap", "<3>EAP"}, "^<3>EAP$", "<3>EAP", {512, 6}},
+            {{"<3>EAP-STARTED EAP authentication"},
+             "EAP-START",
+             "<3>EAP-STARTED EAP authentication",
+             {512}},
+            // The text ends at its first NUL: what follows is not searched.
+            {{"<3>A\0B"s, "<3>C\0"s}, "B", "<3>C", {512, 6}},
+            {{std::string(700, 'x')}, "x", std::string(512, 'x'), {512}},
+            // Last: it leaves the second event queued.
+            {{"<3>first", "<3>second"}, "", "<3>first", {512}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.pattern);
+        for (const std::string& event : c.events) fake::SendEvent(event);
+        EXPECT_EQ(0, GetResponse(c.pattern));
+        EXPECT_EQ(c.response, response_);
+        std::vector<std::string> receives;
+        for (size_t capacity : c.capacities) {
+            receives.push_back("recv 2 (" + std::to_string(capacity) + ")");
+        }
+        EXPECT_EQ(receives, Take("recv"));
+    }
+}
 
-    // The third stays queued for the next call.
-    EXPECT_EQ(0, client_->GetResponse("^<3>", response_));
+TEST_F(GetResponseTest, events_after_the_match_stay_queued) {
+    for (const char* event : {"<3>one", "<3>two", "<3>three"}) fake::SendEvent(event);
+    EXPECT_EQ(0, GetResponse("tw"));
+    EXPECT_EQ("<3>two", response_);
+    EXPECT_THAT(Take(), ElementsAre("get_fd 2", "select 3.000000", "recv 2 (512)", "pending 2",
+                                    "select 3.000000", "recv 2 (6)"));
+    EXPECT_EQ(0, GetResponse("^<3>"));
     EXPECT_EQ("<3>three", response_);
 }
 
-TEST_F(GetResponseTest, last_queued_event_is_returned_when_none_matches) {
-    // Of one length, so that no receive is cut by the one before.
-    fake::SendEvent("<3>one");
-    fake::SendEvent("<3>two");
-    fake::SendEvent("<3>six");
-    EXPECT_EQ(0, client_->GetResponse("four", response_));
-    EXPECT_EQ("<3>six", response_);
+TEST_F(GetResponseTest, success_logs_the_received_byte_count_and_the_text) {
+    gTesmirLogLevel = kAllBits;
+    fake::SendEvent("<3>A\0B"s);
+    EXPECT_EQ(0, GetResponse("A"));
+    EXPECT_THAT(Take("L"),
+                ElementsAre("D [GetResponse:N] >>", "I [GetResponse] response (len: 6) - \n<3>A\n",
+                            "D [GetResponse:N] <<"));
 }
 
-TEST_F(GetResponseTest, receive_length_is_not_rearmed_between_events) {
-    const std::string first(40, 'a');
-    const std::string second = std::string(40, 'b') + std::string(59, 'c') + "Z";
-    fake::SendEvent(first);
-    fake::SendEvent(second);
-    EXPECT_EQ(0, client_->GetResponse("Z", response_));
-    // The second receive was offered 40 bytes, so the match at byte 99 was cut away.
-    EXPECT_EQ(std::string(40, 'b'), response_);
-    EXPECT_THAT(RecvCapacities(), ElementsAre(512u, 40u));
-}
-
-TEST_F(GetResponseTest, pattern_is_searched_for_anywhere_case_sensitively) {
-    fake::SendEvent("<3>CTRL-EVENT-EAP-STARTED EAP authentication started");
-    EXPECT_EQ(0, client_->GetResponse("EAP-START", response_));
-    EXPECT_EQ("<3>CTRL-EVENT-EAP-STARTED EAP authentication started", response_);
-
-    fake::SendEvent("<3>eap");
-    fake::SendEvent("<3>EAP");
-    EXPECT_EQ(0, client_->GetResponse("^<3>EAP$", response_));
-    EXPECT_EQ("<3>EAP", response_);
-    EXPECT_THAT(RecvCapacities(), ElementsAre(512u, 512u, 6u));
-}
-
-TEST_F(GetResponseTest, empty_pattern_matches_the_first_event) {
-    fake::SendEvent("<3>first");
-    fake::SendEvent("<3>second");
-    EXPECT_EQ(0, client_->GetResponse("", response_));
-    EXPECT_EQ("<3>first", response_);
-}
-
-TEST_F(GetResponseTest, event_text_ends_at_its_first_nul_and_after_512_bytes) {
-    fake::SendEvent(std::string("<3>A\0B", 6));
-    EXPECT_EQ(0, client_->GetResponse("B", response_));
-    EXPECT_EQ("<3>A", response_);
-
-    fake::ClearCalls();
-    fake::SendEvent(std::string(700, 'x'));
-    EXPECT_EQ(0, client_->GetResponse("x", response_));
-    EXPECT_EQ(std::string(512, 'x'), response_);
-}
-
-TEST_F(GetResponseTest, no_event_times_out_after_3s_with_the_last_error_text) {
+TEST_F(GetResponseTest, no_event_in_3s_fails_with_einval_naming_the_last_error) {
     gTesmirLogLevel = kAllBits;
     errno = EADDRINUSE;  // the time-out sets no errno; the message names whatever came last
-    EXPECT_EQ(-22, client_->GetResponse("anything", response_));
+    EXPECT_EQ(-22, GetResponse("anything"));
     EXPECT_EQ("untouched", response_);
-    EXPECT_THAT(LogShapes(), ElementsAre("[GetResponse:N] >>",
-                                         std::string("[GetResponse:N] Async wait timed out 0 -") +
-                                                 strerror(EADDRINUSE) + "!",
-                                         "[GetResponse:N] Error in recieving events -22!",
-                                         "[GetResponse:N] <<"));
-    EXPECT_EQ(ANDROID_LOG_ERROR, fake::Logs()[1].priority);
-    EXPECT_EQ("[%s:%d] Async wait timed out %d -%s!", fake::Logs()[1].format);
-    EXPECT_EQ(ANDROID_LOG_ERROR, fake::Logs()[2].priority);
-    EXPECT_EQ("[%s:%d] Error in recieving events %d!", fake::Logs()[2].format);
-    ASSERT_EQ(1u, fake::SelectTimeouts().size());
-    EXPECT_EQ(3, fake::SelectTimeouts()[0].tv_sec);
-    EXPECT_EQ(0, fake::SelectTimeouts()[0].tv_usec);
+    EXPECT_THAT(Take(), ElementsAre("D [GetResponse:N] >>", "get_fd 2", "select 3.000000",
+                                    "E [GetResponse:N] Async wait timed out 0 -"s +
+                                            strerror(EADDRINUSE) + "!",
+                                    "E [GetResponse:N] Error in recieving events -22!",
+                                    "D [GetResponse:N] <<"));
 }
 
 TEST_F(GetResponseTest, all_waits_of_one_call_share_the_3s_budget) {
-    std::thread late([] {
-        std::this_thread::sleep_for(std::chrono::seconds(1));
-        fake::SendEvent("<3>late");
-    });
-    // Claim one more event is queued when none is, so that a second wait happens.
-    fake::Script().pendingResults = {1};
-    EXPECT_EQ(-22, client_->GetResponse("never", response_));
-    late.join();
-    EXPECT_EQ("untouched", response_);
-    ASSERT_EQ(2u, fake::SelectTimeouts().size());
-    EXPECT_EQ(3, fake::SelectTimeouts()[0].tv_sec);
-    // The second wait got only what the first left, not a fresh 3 s.
-    const struct timeval& second = fake::SelectTimeouts()[1];
-    EXPECT_LT(second.tv_sec * 1000000 + second.tv_usec, 2100000);
-    EXPECT_GT(second.tv_sec * 1000000 + second.tv_usec, 0);
+    fake::SendEvent("<3>early");
+    fake::GetScript().pendingResults = {1};  // claims one more is queued: a second wait
+    fake::GetScript().selectSteps = {{1, 2400000}, {0}};
+    EXPECT_EQ(-22, GetResponse("never"));
+    EXPECT_THAT(Take("select"), ElementsAre("select 3.000000", "select 0.600000"));
 }
 
-TEST_F(GetResponseTest, malformed_pattern_without_an_event_only_times_out) {
-    EXPECT_EQ(-22, client_->GetResponse("(", response_));
-}
-
-TEST_F(GetResponseTest, receive_failure_gives_einval) {
-    gTesmirLogLevel = kAllBits;
-    fake::Script().recvResults = {-1};
+TEST_F(GetResponseTest, failures_leave_the_response_and_pass_on_their_status) {
+    struct Case {
+        int selectResult, recvResult, pendingResult;
+        int32_t status;
+        std::vector<std::string> transcript;  // after get_fd and the first wait
+    };
+    const Case cases[] = {
+            // An interrupted wait is not retried.
+            {-1, 0, 0, -1, {"E [GetResponse:N] Error in recieving events -1!"}},
+            {1,
+             -1,
+             0,
+             -22,
+             {"recv 2 (512)", "E [GetResponse:N] Error in recieving message -1!",
+              "E [GetResponse:N] Error in recieving events -22!"}},
+            {1,
+             0,
+             -5,
+             -5,
+             {"recv 2 (512)", "pending 2", "E [GetResponse:N] Error in recieving events -5!"}},
+    };
+    gTesmirLogLevel = 0x01;
     fake::SendEvent("<3>event");
-    EXPECT_EQ(-22, client_->GetResponse("event", response_));
-    EXPECT_EQ("untouched", response_);
-    EXPECT_THAT(
-            LogShapes(),
-            ElementsAre("[GetResponse:N] >>", "[GetResponse:N] Error in recieving message -1!",
-                        "[GetResponse:N] Error in recieving events -22!", "[GetResponse:N] <<"));
-    EXPECT_EQ(ANDROID_LOG_ERROR, fake::Logs()[1].priority);
-    EXPECT_EQ("[%s:%d] Error in recieving message %d!", fake::Logs()[1].format);
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.status);
+        fake::GetScript().selectSteps = {{c.selectResult}};
+        if (c.recvResult < 0) fake::GetScript().recvResults = {c.recvResult};
+        if (c.pendingResult < 0) fake::GetScript().pendingResults = {c.pendingResult};
+        EXPECT_EQ(c.status, GetResponse("other"));
+        EXPECT_EQ("untouched", response_);
+        std::vector<std::string> expected = {"get_fd 2", "select 3.000000"};
+        expected.insert(expected.end(), c.transcript.begin(), c.transcript.end());
+        EXPECT_EQ(expected, Take());
+    }
 }
 
-TEST_F(GetResponseTest, pending_check_failure_is_passed_on) {
-    gTesmirLogLevel = kAllBits;
-    fake::Script().pendingResults = {-5};
+TEST_F(GetResponseTest, bad_patterns_and_descriptors_end_the_process) {
+    EXPECT_EQ(-22, GetResponse("("));  // compiled only once an event has come
     fake::SendEvent("<3>event");
-    EXPECT_EQ(-5, client_->GetResponse("other", response_));
-    EXPECT_EQ("untouched", response_);
-    EXPECT_EQ("[GetResponse:N] Error in recieving events -5!", LogShapes()[1]);
-}
-
-void NoOp(int /*signal*/) {}
-
-TEST_F(GetResponseTest, interrupted_wait_is_not_retried) {
-    struct sigaction action = {};
-    action.sa_handler = NoOp;
-    struct sigaction previous;
-    ASSERT_EQ(0, sigaction(SIGUSR1, &action, &previous));
-    const pthread_t waiter = pthread_self();
-    std::thread interrupter([waiter] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(500));
-        pthread_kill(waiter, SIGUSR1);
-    });
-    gTesmirLogLevel = kAllBits;
-    EXPECT_EQ(-1, client_->GetResponse("event", response_));
-    interrupter.join();
-    sigaction(SIGUSR1, &previous, nullptr);
-    EXPECT_EQ("untouched", response_);
-    EXPECT_EQ("[GetResponse:N] Error in recieving events -1!", LogShapes()[1]);
-}
-
-TEST_F(GetResponseTest, descriptor_beyond_fd_setsize_ends_the_process) {
-    fake::Script().fd = FD_SETSIZE;
-    EXPECT_EXIT(client_->GetResponse("x", response_), ::testing::KilledBySignal(SIGABRT), "");
-}
-
-TEST_F(GetResponseTest, malformed_pattern_ends_the_process_once_an_event_arrives) {
-    fake::SendEvent("<3>event");
-    EXPECT_EXIT(client_->GetResponse("(", response_), ::testing::KilledBySignal(SIGABRT), "");
+    EXPECT_EXIT(GetResponse("("), ::testing::KilledBySignal(SIGABRT), "");
+    fake::GetScript().fd = FD_SETSIZE;
+    EXPECT_EXIT(GetResponse("x"), ::testing::KilledBySignal(SIGABRT), "");
 }
 
 }  // namespace

@@ -1,104 +1,121 @@
 #include "client_test_base.h"
 
-using fake::Op;
+using namespace std::string_literals;
 using ::testing::ElementsAre;
+using ::testing::IsEmpty;
 
 namespace {
 
-class LifecycleTest : public ClientTest {};
+// Read while the test program loads, before any fixture sets the mask.
+const uint32_t kMaskAtLoad = gTesmirLogLevel;
 
-TEST_F(LifecycleTest, factory_makes_distinct_closed_clients) {
-    WpacliWrapper* other = GetWpacliWrapperHandle();
-    EXPECT_NE(client_, other);
+TEST(log, mask_starts_at_0x43) {
+    EXPECT_EQ(0x43u, kMaskAtLoad);
+}
+
+class LifecycleTest : public ClientTest {
+  protected:
+    const std::string path_ = kPath;
+};
+
+TEST_F(LifecycleTest, open_reopen_and_delete_with_every_bit) {
+    gTesmirLogLevel = kAllBits;
+    ASSERT_EQ(0, client_->Open(kPath));
+    EXPECT_THAT(Take(), ElementsAre("D [Open:N] >>", "D [Close:N] >>", "D [Close:N] <<",
+                                    "open " + path_ + " -> 1", "open " + path_ + " -> 2",
+                                    "I [Open] " + path_ + " interface opened\n", "D [Open:N] <<"));
+    ASSERT_EQ(0, client_->Open("/other\0cut"s));
+    EXPECT_THAT(Take(), ElementsAre("D [Open:N] >>", "D [Close:N] >>", "close 1", "close 2",
+                                    "D [Close:N] <<", "open /other -> 3", "open /other -> 4",
+                                    "I [Open] /other interface opened\n", "D [Open:N] <<"));
+    delete client_;
+    client_ = GetWpacliWrapperHandle();
     client_->Close();
-    other->Close();
-    delete other;
-    EXPECT_TRUE(fake::Calls().empty());
+    EXPECT_THAT(Take(),
+                ElementsAre("I [~WpacliWrapper] Called\n", "D [Close:N] >>", "close 3", "close 4",
+                            "D [Close:N] <<", "D [Close:N] >>", "D [Close:N] <<"));
 }
 
-TEST_F(LifecycleTest, client_holds_two_connection_handles_behind_its_table) {
-    EXPECT_EQ(3 * sizeof(void*), sizeof(WpacliWrapper));
-    EXPECT_TRUE(std::is_polymorphic_v<WpacliWrapper>);
+TEST_F(LifecycleTest, failed_open_leaves_the_client_closed) {
+    gTesmirLogLevel = kAllBits;
+    const std::string open = "open " + path_ + " -> ";
+    const std::string noCommand = "E [Open] Unable to get wpa handle for control path: " + path_;
+    const std::string noEvent =
+            "E [Open] Unable to get wpa event handle for control path: " + path_;
+    struct Case {
+        bool alreadyOpen;
+        std::deque<bool> openFails;
+        std::vector<std::string> opens;   // the two opens and their error
+        std::vector<std::string> closes;  // what the Close of the failure path closes
+    };
+    const Case cases[] = {
+            {false, {true}, {open + "null", noCommand + "\n"}, {}},
+            {false, {false, true}, {open + "1", open + "null", noEvent + "\n"}, {"close 1"}},
+            {true, {true}, {open + "null", noCommand + "\n"}, {}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.opens.back());
+        fake::Reset();
+        std::vector<std::string> expected = {"D [Open:N] >>", "D [Close:N] >>"};
+        if (c.alreadyOpen) {
+            OpenClient();
+            expected.insert(expected.end(), {"close 1", "close 2"});
+        }
+        expected.push_back("D [Close:N] <<");
+        expected.insert(expected.end(), c.opens.begin(), c.opens.end());
+        expected.push_back("D [Close:N] >>");
+        expected.insert(expected.end(), c.closes.begin(), c.closes.end());
+        expected.insert(expected.end(), {"D [Close:N] <<", "D [Open:N] <<"});
+        fake::GetScript().openFails = c.openFails;
+        EXPECT_EQ(-1, client_->Open(kPath));
+        EXPECT_EQ(expected, Take());
+        EXPECT_EQ(0, fake::OpenConnections());
+    }
 }
 
-TEST_F(LifecycleTest, open_opens_command_then_event_connection_on_one_path) {
-    EXPECT_EQ(0, client_->Open(kPath));
-    ASSERT_THAT(fake::Ops(), ElementsAre(Op::kOpen, Op::kOpen));
-    EXPECT_EQ(kPath, fake::Calls()[0].text);
-    EXPECT_EQ(kPath, fake::Calls()[1].text);
-    EXPECT_EQ(2, fake::OpenConnections());
-
-    // Commands go to the first connection, event registration to the second.
-    fake::ClearCalls();
+TEST_F(LifecycleTest, masks_without_the_bit_of_a_message_do_not_write_it) {
+    for (uint32_t mask : {0x00u, 0x02u, 0x40u, 0x42u, 0xfffffff2u}) {
+        SCOPED_TRACE(mask);
+        gTesmirLogLevel = mask;
+        fake::GetScript().openFails = {false, true};
+        EXPECT_EQ(-1, client_->Open(kPath));
+        fake::GetScript().attachResult = -1;
+        std::string response;
+        EXPECT_EQ(-1, client_->Execute("PING", "", response, false));
+        fake::GetScript().attachResult = 0;
+        EXPECT_THAT(Take("L"), IsEmpty());
+    }
+    gTesmirLogLevel = 0x43;  // the default: errors only, so a call that succeeds writes nothing
+    ASSERT_EQ(0, client_->Open(kPath));
     std::string response;
     EXPECT_EQ(0, client_->Execute("PING", "", response, false));
-    ASSERT_THAT(fake::Ops(), ElementsAre(Op::kAttach, Op::kRequest, Op::kDetach));
-    EXPECT_EQ(2, fake::Calls()[0].conn);
-    EXPECT_EQ(1, fake::Calls()[1].conn);
-    EXPECT_EQ(2, fake::Calls()[2].conn);
+    EXPECT_THAT(Take("L"), IsEmpty());
 }
 
-TEST_F(LifecycleTest, failing_command_connection_leaves_client_closed) {
-    fake::Script().openFails = {true};
-    EXPECT_EQ(-1, client_->Open(kPath));
-    EXPECT_THAT(fake::Ops(), ElementsAre(Op::kOpen));
-    client_->Close();
-    EXPECT_THAT(fake::Ops(), ElementsAre(Op::kOpen));
+TEST_F(LifecycleTest, mask_is_read_afresh_at_every_statement) {
+    // Switched on mid-call: the exit trace appears without its entry trace; and the reverse.
+    gTesmirLogLevel = 0;
+    fake::GetScript().onOpen = [] { gTesmirLogLevel = 0x08; };
+    EXPECT_EQ(0, client_->Open(kPath));
+    EXPECT_THAT(Take("L"), ElementsAre("D [Open:N] <<"));
+    gTesmirLogLevel = kAllBits;
+    fake::GetScript().onOpen = [] { gTesmirLogLevel = 0; };
+    EXPECT_EQ(0, client_->Open(kPath));
+    EXPECT_THAT(Take("L"), ElementsAre("D [Open:N] >>", "D [Close:N] >>", "D [Close:N] <<"));
 }
 
-TEST_F(LifecycleTest, failing_event_connection_closes_command_connection) {
-    fake::Script().openFails = {false, true};
-    EXPECT_EQ(-1, client_->Open(kPath));
-    ASSERT_THAT(fake::Ops(), ElementsAre(Op::kOpen, Op::kOpen, Op::kClose));
-    EXPECT_EQ(1, fake::Calls()[2].conn);
-    EXPECT_EQ(0, fake::OpenConnections());
-    fake::ClearCalls();
-    client_->Close();
-    EXPECT_TRUE(fake::Calls().empty());
-}
-
-TEST_F(LifecycleTest, reopen_closes_both_old_connections_first) {
+TEST_F(LifecycleTest, each_exit_trace_prints_its_own_line) {
+    gTesmirLogLevel = 0x08;
+    fake::GetScript().lineNumbers = true;
     ASSERT_EQ(0, client_->Open(kPath));
-    fake::ClearCalls();
-    EXPECT_EQ(0, client_->Open("/other"));
-    ASSERT_THAT(fake::Ops(), ElementsAre(Op::kClose, Op::kClose, Op::kOpen, Op::kOpen));
-    EXPECT_EQ(1, fake::Calls()[0].conn);
-    EXPECT_EQ(2, fake::Calls()[1].conn);
-    EXPECT_EQ("/other", fake::Calls()[2].text);
-    EXPECT_EQ(2, fake::OpenConnections());
-}
-
-TEST_F(LifecycleTest, failed_reopen_leaves_client_closed) {
-    ASSERT_EQ(0, client_->Open(kPath));
-    fake::Script().openFails = {true};
-    EXPECT_EQ(-1, client_->Open(kPath));
-    EXPECT_EQ(0, fake::OpenConnections());
-    fake::ClearCalls();
-    client_->Close();
-    EXPECT_TRUE(fake::Calls().empty());
-}
-
-TEST_F(LifecycleTest, close_closes_command_then_event_connection) {
-    ASSERT_EQ(0, client_->Open(kPath));
-    fake::ClearCalls();
-    client_->Close();
-    ASSERT_THAT(fake::Ops(), ElementsAre(Op::kClose, Op::kClose));
-    EXPECT_EQ(1, fake::Calls()[0].conn);
-    EXPECT_EQ(2, fake::Calls()[1].conn);
-    client_->Close();
-    EXPECT_EQ(2u, fake::Calls().size());
-}
-
-TEST_F(LifecycleTest, delete_closes_an_open_client) {
-    ASSERT_EQ(0, client_->Open(kPath));
-    delete client_;
-    client_ = nullptr;
-    EXPECT_EQ(0, fake::OpenConnections());
-}
-
-TEST_F(LifecycleTest, path_is_cut_at_an_embedded_nul) {
-    EXPECT_EQ(0, client_->Open(std::string("/tmp/wpa\0ignored", 16)));
-    EXPECT_EQ("/tmp/wpa", fake::Calls()[0].text);
+    const std::vector<std::string> success = Take("L");
+    fake::GetScript().openFails = {true};
+    ASSERT_EQ(-1, client_->Open(kPath));
+    const std::vector<std::string> failure = Take("L");
+    EXPECT_EQ(success.front(), failure.front());
+    EXPECT_THAT(success.back(), ::testing::MatchesRegex(R"(D \[Open:[0-9]+\] <<)"));
+    EXPECT_THAT(failure.back(), ::testing::MatchesRegex(R"(D \[Open:[0-9]+\] <<)"));
+    EXPECT_NE(success.back(), failure.back());
 }
 
 class CountingClose : public WpacliWrapper {
@@ -116,17 +133,12 @@ class CountingClose : public WpacliWrapper {
 TEST_F(LifecycleTest, open_calls_a_derived_close_but_destruction_calls_its_own) {
     int closes = 0;
     WpacliWrapper* derived = new CountingClose(&closes);
-    EXPECT_EQ(0, derived->Open(kPath));
-    EXPECT_EQ(1, closes);
-    fake::Script().openFails = {true};
+    fake::GetScript().openFails = {true};
     EXPECT_EQ(-1, derived->Open(kPath));
-    EXPECT_EQ(3, closes);  // at the start and on the failure path
-
-    fake::Script().openFails = {};
+    EXPECT_EQ(2, closes);  // at the start and on the failure path
     ASSERT_EQ(0, derived->Open(kPath));
-    ASSERT_EQ(4, closes);
     delete derived;
-    EXPECT_EQ(4, closes);
+    EXPECT_EQ(3, closes);
     EXPECT_EQ(0, fake::OpenConnections());
 }
 

@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# Prints how much of the project's code is test code, in non-blank lines. Test code is counted by
+# what it does, not where it sits: everything under tests/, and any file that holds GoogleTest
+# tests or a fuzz target.
+#   scripts/code-share.sh [--list]          --list also prints each file with its count and kind
+#   scripts/code-share.sh --at-most PCT     fails when test code is more than PCT percent
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+mapfile -t files < <(git ls-files --cached --others --exclude-standard |
+    grep -E '\.(cpp|cc|h|hpp|sh|py|cmake|go|bp)$|CMakeLists\.txt$|^\.ci/run$' | grep -v '/corpus/')
+
+test_lines=0
+all_lines=0
+for f in "${files[@]}"; do
+    [ -f "$f" ] || continue
+    n=$(grep -cv '^\s*$' "$f" || true)
+    kind=code
+    case $f in tests/*) kind=test ;; esac
+    if grep -qE 'gtest/gtest\.h|gmock/gmock\.h|LLVMFuzzer''TestOneInput' "$f"; then kind=test; fi
+    [ "$kind" = test ] && test_lines=$((test_lines + n))
+    all_lines=$((all_lines + n))
+    [ "${1:-}" != "--list" ] || printf '%6d  %s  %s\n' "$n" "$kind" "$f"
+done
+echo "test code: $test_lines of $all_lines non-blank code lines ($((test_lines * 100 / all_lines))%)"
+if [ "${1:-}" = "--at-most" ] && [ $((test_lines * 100)) -gt $((${2:?} * all_lines)) ]; then
+    echo "code-share: more than $2% of the code is test code"
+    exit 1
+fi

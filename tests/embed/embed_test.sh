@@ -14,7 +14,7 @@ clang=(-G Ninja -DCMAKE_C_COMPILER=clang-14 -DCMAKE_CXX_COMPILER=clang++-14
 cmake -S "$here" -B "$work/subdirectory" "${clang[@]}" -DTESMIR_SOURCE="$project" >/dev/null
 cmake --build "$work/subdirectory" >/dev/null
 [ ! -d "$work/subdirectory/tesmir/tests" ] || { echo "the library's tests built in a host"; exit 1; }
-"$work/subdirectory/host"
+"$work/subdirectory/host" && echo "host built with add_subdirectory: ran"
 
 cmake -S "$project" -B "$work/library" -G Ninja -DCMAKE_INSTALL_PREFIX="$work/prefix" \
     -DTESMIR_BUILD_TESTS=OFF -DTESMIR_BUILD_TOOLS=OFF >/dev/null
@@ -22,7 +22,7 @@ cmake --build "$work/library" >/dev/null
 cmake --install "$work/library" >/dev/null
 cmake -S "$here" -B "$work/installed" "${clang[@]}" -DCMAKE_PREFIX_PATH="$work/prefix" >/dev/null
 cmake --build "$work/installed" >/dev/null
-"$work/installed/host"
+"$work/installed/host" && echo "host built with find_package: ran"
 
 if cmake -S "$here" -B "$work/gcc" -DCMAKE_C_COMPILER=gcc -DCMAKE_CXX_COMPILER=g++ \
     -DTESMIR_SOURCE="$project" >"$work/gcc.log" 2>&1; then

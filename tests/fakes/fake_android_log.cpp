@@ -16,10 +16,7 @@ extern "C" int __android_log_print(int prio, const char* tag, const char* fmt, .
     const int length = vsnprintf(text, sizeof(text), fmt, args);  // NOLINT(clang-analyzer-valist.*)
     va_end(args);
 
-    const char letter = prio == ANDROID_LOG_DEBUG   ? 'D'
-                        : prio == ANDROID_LOG_INFO  ? 'I'
-                        : prio == ANDROID_LOG_ERROR ? 'E'
-                                                    : '?';
+    const char letter = prio >= 0 && prio <= ANDROID_LOG_ERROR ? "???DIWE"[prio] : '?';
     std::string line = std::string(1, letter) +
                        (std::string(tag) == "WpacliWrapper" ? " " : " <wrong tag> ") + text;
     // "[Open:42]" becomes "[Open:N]": line numbers follow the source.

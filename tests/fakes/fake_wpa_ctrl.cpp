@@ -1,5 +1,8 @@
+#include <errno.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/select.h>
 
 #include <algorithm>
 #include <memory>
@@ -59,13 +62,6 @@ void Reset() {
 
 void SendEvent(const std::string& bytes) {
     Get().open.back()->events.push_back(bytes);
-}
-
-bool EventQueued(int fd) {
-    for (const auto& ctrl : Get().open) {
-        if (ctrl->id == fd - kFirstFd) return !ctrl->events.empty();
-    }
-    return false;
 }
 
 int OpenConnections() {
@@ -144,3 +140,23 @@ int wpa_ctrl_pending(struct wpa_ctrl* ctrl) {
 }
 
 }  // extern "C"
+
+// select() on an event connection, linked in its place with -Wl,--wrap=select; it never waits.
+extern "C" int __wrap_select(  // NOLINT(bugprone-reserved-identifier,readability-identifier-naming)
+        int nfds, fd_set* /*readfds*/, fd_set* /*writefds*/, fd_set* /*exceptfds*/,
+        struct timeval* timeout) {
+    char entry[64];
+    snprintf(entry, sizeof(entry), "select %ld.%06ld", static_cast<long>(timeout->tv_sec),
+             static_cast<long>(timeout->tv_usec));
+    Get().transcript.emplace_back(entry);
+    const bool queued = std::any_of(Get().open.begin(), Get().open.end(), [&](const auto& c) {
+        return c->id == nfds - 1 - fake::kFirstFd && !c->events.empty();
+    });
+    const fake::Script::SelectStep step = fake::Next(Get().script.selectSteps, {queued ? 1 : 0});
+    // As Linux: what was not spent is written back; a time-out spends it all.
+    const auto left = timeout->tv_sec * 1000000 + timeout->tv_usec - step.spentUs;
+    *timeout =
+            step.result == 0 || left <= 0 ? timeval{0, 0} : timeval{left / 1000000, left % 1000000};
+    if (step.result < 0) errno = EINTR;
+    return step.result;
+}

@@ -2,11 +2,9 @@
 
 // Link-time stand-ins for libwpa_client, liblog's __android_log_print and select() (linked with
 // -Wl,--wrap=select). Whatever they are called with goes, in order, into one transcript:
-//
 //   open /path -> 1      close 1      attach 2      detach 2      get_fd 2      pending 2
 //   request 1 STATUS (64)            recv 2 (512)                 select 3.000000
 //   D [Open:N] >>        I [Open] /path interface opened\n        E [Execute] Unable to ...
-//
 // Connections are numbered from 1 as they are opened (0 is null); the number in parentheses is
 // the capacity offered; log lines start with their priority's letter, and the line of a
 // "[name:line]" prefix shows as N. Events are datagrams queued on the connection opened last: a
@@ -49,8 +47,6 @@ std::vector<std::string>& Transcript();
 void Reset();
 // Queues one event on the connection opened last (an open client's event connection).
 void SendEvent(const std::string& bytes);
-// Whether an event is queued on the connection with descriptor |fd|.
-bool EventQueued(int fd);
 int OpenConnections();
 
 }  // namespace fake

@@ -16,32 +16,30 @@
 
 namespace {
 
-int CountEntries(const char* dir, const std::string& prefix) {
-    int count = 0;
-    DIR* d = opendir(dir);
-    while (const dirent* entry = d != nullptr ? readdir(d) : nullptr) {
-        count += std::string(entry->d_name).rfind(prefix, 0) == 0;
+// Open descriptors, libwpa_client's client socket files of this process, resident KiB.
+std::vector<int> Usage() {
+    std::vector<int> usage = {0, 0, 0};
+    const std::string sockets = "wpa_ctrl_" + std::to_string(getpid()) + "-";
+    for (const auto& [dir, prefix, slot] :
+         {std::tuple<const char*, std::string, int>("/proc/self/fd", "", 0),
+          {"/tmp", sockets, 1}}) {
+        DIR* d = opendir(dir);
+        while (const dirent* entry = d != nullptr ? readdir(d) : nullptr) {
+            usage[slot] += std::string(entry->d_name).rfind(prefix, 0) == 0;
+        }
+        if (d != nullptr) closedir(d);
     }
-    if (d != nullptr) closedir(d);
-    return count;
-}
-
-long ResidentKiB() {
     std::ifstream status("/proc/self/status");
     for (std::string line; std::getline(status, line);) {
-        if (line.rfind("VmRSS:", 0) == 0) return std::stol(line.substr(6));
+        if (line.rfind("VmRSS:", 0) == 0) usage[2] = std::stoi(line.substr(6));
     }
-    return -1;
+    return usage;
 }
 
 TEST_F(SupplicantTest, ten_thousand_calls_and_reopens_leave_nothing_behind) {
     std::string response;
     for (int i = 0; i < 100; ++i) client_->Execute("PING", "", response, false);  // warm up
-    const std::string sockets = "wpa_ctrl_" + std::to_string(getpid()) + "-";
-    const int fds = CountEntries("/proc/self/fd", "");
-    const int files = CountEntries("/tmp", sockets);
-    const long kib = ResidentKiB();
-
+    const std::vector<int> before = Usage();
     int failures = 0;
     for (int i = 0; i < 2500; ++i) {  // 4 calls each, and a reopen every tenth
         for (int j = 0; j < 2; ++j) {
@@ -53,25 +51,23 @@ TEST_F(SupplicantTest, ten_thousand_calls_and_reopens_leave_nothing_behind) {
                     response.rfind("<3>CTRL-EVENT-NETWORK-REMOVED ", 0) != 0;
         if (i % 10 == 0) failures += client_->Open(SocketPath()) != 0;
     }
+    const std::vector<int> after = Usage();
     EXPECT_EQ(0, failures);
-    EXPECT_EQ(fds, CountEntries("/proc/self/fd", ""));
-    EXPECT_EQ(files, CountEntries("/tmp", sockets));
-    const long grown = ResidentKiB() - kib;
+    EXPECT_EQ(before[0], after[0]) << "descriptors";
+    EXPECT_EQ(before[1], after[1]) << "client socket files";
 #if !__has_feature(address_sanitizer)  // its quarantine holds freed memory; LeakSanitizer checks
-    EXPECT_LT(grown, 128);             // a leak of 16 bytes a call would be over 150 KiB
+    EXPECT_LT(after[2] - before[2], 128);  // a leak of 16 bytes a call would be over 150 KiB
 #endif
     printf("soak: 10000 Execute calls and 250 reopens, %d failed; descriptors %d -> %d, client "
-           "sockets %d -> %d, resident memory %+ld KiB\n",
-           failures, fds, CountEntries("/proc/self/fd", ""), files, CountEntries("/tmp", sockets),
-           grown);
+           "sockets %d -> %d, resident memory %+d KiB\n",
+           failures, before[0], after[0], before[1], after[1], after[2] - before[2]);
 }
 
 TEST_F(SupplicantTest, eight_threads_with_own_clients_get_their_own_replies) {
     const std::pair<const char*, const char*> cases[] = {
             {"PING", "PONG"}, {"IFNAME", "veth"}, {"NOT_A_COMMAND", "UNKNOWNCOMMAND"}};
-    // libwpa_client numbers its client sockets with an unguarded static counter: two threads
-    // opening at once can make the same name, and the second bind then unlinks the first's
-    // socket. Hosts serialise Open; so does this test.
+    // libwpa_client names client sockets with an unguarded counter: two threads opening at once
+    // can make the same name, the second unlinking the first's socket. Hosts serialise Open.
     std::mutex openLock;
     std::atomic<int> calls{0};
     std::atomic<int> wrong{0};

@@ -8,32 +8,22 @@
 namespace {
 
 TEST_F(SupplicantTest, direct_replies_lose_their_last_byte_whatever_it_is) {
-    struct Case {
-        const char* command;
-        const char* raw;  // the whole reply, or null where it is longer than 64 bytes
-        const char* response;
+    const std::pair<const char*, const char*> cases[] = {
+            {"PING", "PONG\n"},
+            {"NOT_A_COMMAND", "UNKNOWN COMMAND\n"},
+            {"IFNAME", "veth0"},  // no line feed: the blind cut takes the name's last byte
+            {"GET_CAPABILITY eap", nullptr},  // longer than 64 bytes
+            {"STATUS", nullptr},
     };
-    const Case cases[] = {
-            {"PING", "PONG\n", "PONG"},
-            {"NOT_A_COMMAND", "UNKNOWN COMMAND\n", "UNKNOWNCOMMAND"},
-            // This reply has no line feed: the blind cut takes the interface name's last byte.
-            {"IFNAME", "veth0", "veth"},
-            {"GET_CAPABILITY eap", nullptr, nullptr},
-            {"STATUS", nullptr, nullptr},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.command);
-        const std::string raw = Raw(c.command);
-        if (c.raw != nullptr) {
-            EXPECT_EQ(c.raw, raw);
-            EXPECT_EQ(c.response, Direct(c.command));
-            continue;
-        }
+    for (const auto& [command, reply] : cases) {
+        SCOPED_TRACE(command);
+        const std::string raw = Raw(command);
+        if (reply != nullptr) EXPECT_EQ(reply, raw);
         // At most 64 bytes received, the last of them dropped, every space removed.
-        ASSERT_GT(raw.size(), 64u);
-        std::string expected = raw.substr(0, 63);
+        std::string expected = raw.substr(0, std::min<size_t>(raw.size(), 64) - 1);
         expected.erase(std::remove(expected.begin(), expected.end(), ' '), expected.end());
-        EXPECT_EQ(expected, Direct(c.command));
+        EXPECT_EQ(expected, Direct(command));
+        EXPECT_TRUE(reply != nullptr || raw.size() > 64);
     }
 }
 

@@ -21,8 +21,6 @@ expect() {  # description expected-exit expected-stdout-regex wpacli-host-argume
     fi
 }
 
-expect "--help" 0 '^usage: wpacli-host' --help
-expect "no socket" 64 '^$' PING
 expect "bad mask" 64 '^$' -m 0xzz -p "$socket" PING
 expect "missing socket" 1 '^$' -p /nonexistent/socket PING
 expect "direct command" 0 '^UNKNOWNCOMMAND$' -p "$socket" NOT_A_COMMAND

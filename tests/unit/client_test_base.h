@@ -47,7 +47,7 @@ class ClientTest : public ::testing::Test {
     static std::vector<std::string> Take(const std::string& prefixes = "") {
         std::vector<std::string> taken;
         for (std::string& entry : fake::Transcript()) {
-            const bool log = entry[1] == ' ' && strchr("DIE?", entry[0]) != nullptr;
+            const bool log = entry[1] == ' ' && strchr("DIWE?", entry[0]) != nullptr;
             if (prefixes.empty() || (log ? prefixes == "L" : entry.rfind(prefixes, 0) == 0)) {
                 taken.push_back(std::move(entry));
             }

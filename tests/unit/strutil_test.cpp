@@ -18,8 +18,6 @@ TEST(strutil, strip_removes_every_occurrence_in_both_forms) {
     };
     const Case cases[] = {
             {"", "a", ""},
-            {"aaa", "a", ""},
-            {"bcd", "a", "bcd"},
             {"abaca", "a", "bc"},
             {"a\xffz\0"s, "\xff", "az\0"s},
             {"a\0\xffz\0"s, "\0"s, "a\xffz"},
@@ -36,13 +34,12 @@ TEST(strutil, strip_removes_every_occurrence_in_both_forms) {
         WpaStringUtils::Strip(inPlace, c.set);
         EXPECT_EQ(c.output, copied);
         EXPECT_EQ(c.output, inPlace);
-        if (c.set.size() != 1) continue;
-        copied = "previous";
-        inPlace = c.input;
-        WpaStringUtils::Strip(c.input, c.set[0], copied);
-        WpaStringUtils::Strip(inPlace, c.set[0]);
-        EXPECT_EQ(c.output, copied);
-        EXPECT_EQ(c.output, inPlace);
+        if (c.set.size() == 1) {  // and the forms that take a character
+            WpaStringUtils::Strip(c.input, c.set[0], copied = "previous");
+            WpaStringUtils::Strip(inPlace = c.input, c.set[0]);
+            EXPECT_EQ(c.output, copied);
+            EXPECT_EQ(c.output, inPlace);
+        }
     }
 }
 
@@ -71,7 +68,6 @@ TEST(strutil, split_folds_blanks_and_keeps_empty_fields) {
     };
     const Case cases[] = {
             {"", ',', {""}},
-            {" \t \t", ',', {""}},
             {" \t \t", ' ', {""}},
             {"a,b", ',', {"a", "b"}},
             {"a,", ',', {"a", ""}},
@@ -82,7 +78,6 @@ TEST(strutil, split_folds_blanks_and_keeps_empty_fields) {
             {"a   b", ' ', {"a", "b"}},
             {"a  ", ' ', {"a", ""}},
             {"a\t b", ' ', {"a\tb"}},
-            {"a \tb", '\t', {"a b"}},
             {"a \t \tb", '\t', {"a b"}},
             {"a ,  b", ',', {"a ", " b"}},
             {"  a ,b ", ',', {"a ", "b "}},

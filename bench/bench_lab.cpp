@@ -13,12 +13,9 @@
 
 const BenchLab* BenchLab::Get() {
     static const BenchLab* lab = []() -> const BenchLab* {
-        const char* socket = getenv("TESMIR_BENCH_SOCKET");
-        const char* dir = getenv("TESMIR_BENCH_DIR");
-        if (socket == nullptr || dir == nullptr) return nullptr;
-        auto* found = new BenchLab{socket, dir, ""};
-        found->ifname = found->socket.substr(found->socket.rfind('/') + 1);
-        return found;
+        const char* dir = getenv("TESMIR_LAB_DIR");
+        if (dir == nullptr) return nullptr;
+        return new BenchLab{std::string(dir) + "/ctrl/veth0", dir, "veth0"};
     }();
     return lab;
 }

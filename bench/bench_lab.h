@@ -1,9 +1,9 @@
 #pragma once
 
-// The supplicant the benchmarks talk to, started by scripts/bench.sh and named by environment:
-// TESMIR_BENCH_SOCKET (control socket) and TESMIR_BENCH_DIR (a directory for client sockets).
-// Raw libwpa_client connections bind there, never in /tmp where the library's own copy of
-// libwpa_client names its sockets with a counter of its own.
+// The supplicant the benchmarks talk to: the lab scripts/supplicant-lab.sh started, named by
+// TESMIR_LAB_DIR (control socket TESMIR_LAB_DIR/ctrl/veth0). Raw libwpa_client connections bind
+// their client sockets there, never in /tmp, where the library's own copy of libwpa_client names
+// its sockets with a counter of its own.
 
 #include <string>
 

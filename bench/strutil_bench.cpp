@@ -108,4 +108,15 @@ void BM_GetKeyValues_CompileOnly(benchmark::State& state) {
 }
 BENCHMARK(BM_GetKeyValues_CompileOnly);
 
+// What waiting mode spends on each event beside the exchange itself: the pattern compile the
+// contract asks for on every event, and the search.
+void BM_EventPattern_CompileAndSearch(benchmark::State& state) {
+    const std::string event = "<3>CTRL-EVENT-NETWORK-ADDED 0";
+    for (auto _ : state) {
+        const std::regex pattern("NETWORK-ADDED");
+        benchmark::DoNotOptimize(std::regex_search(event, pattern));
+    }
+}
+BENCHMARK(BM_EventPattern_CompileAndSearch);
+
 }  // namespace

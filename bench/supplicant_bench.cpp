@@ -1,6 +1,5 @@
 // Execute against a real wpa_supplicant, beside the same exchanges made with the raw client
-// library and beside running wpa_cli as a process. Skipped when scripts/bench.sh has not started a
-// supplicant (TESMIR_BENCH_SOCKET).
+// library and beside running wpa_cli as a process. Skipped outside a lab (TESMIR_LAB_DIR).
 
 #include <memory>
 #include <string>

@@ -36,23 +36,24 @@ echo "== starting a supplicant in a throwaway namespace"
 scripts/supplicant-lab.sh check
 lab=$(mktemp -d /tmp/tesmir-lab.XXXXXX)
 trap 'scripts/supplicant-lab.sh down "$lab"; rm -rf "$lab"' EXIT
-export TESMIR_BENCH_SOCKET
-TESMIR_BENCH_SOCKET=$(scripts/supplicant-lab.sh up "$lab")
-export TESMIR_BENCH_DIR=$lab
+scripts/supplicant-lab.sh up "$lab" >/dev/null
+export TESMIR_LAB_DIR=$lab
 
 if [ "$short" -eq 1 ]; then
     bench_args=(--benchmark_min_time=0.01)
     rounds=20
+    b2b_rounds=2
 else
     bench_args=(--benchmark_min_time=2 --benchmark_repetitions=7 --benchmark_report_aggregates_only=true)
     rounds=3000
+    b2b_rounds=16
 fi
 
 echo "== benchmarks"
 "$build/bench/tesmir_bench" "${bench_args[@]}" --benchmark_out="$out/bench.json" \
     --benchmark_out_format=json
-echo "== interleaved latency samples ($rounds rounds)"
-"$build/bench/tesmir_execute_latency" "$rounds" "$out/execute_latency.csv"
+echo "== latency samples: $rounds rounds interleaved, $b2b_rounds back to back"
+"$build/bench/tesmir_execute_latency" "$rounds" "$b2b_rounds" "$out/execute_latency.csv"
 
 strip_size() {  # library
     [ -f "$1" ] || { echo 0; return; }

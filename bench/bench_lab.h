@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright 2026 The libtesmirwpacliwrapper Authors
+
 #pragma once
 
 // The supplicant the benchmarks talk to: the lab scripts/supplicant-lab.sh started, named by

@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright 2026 The libtesmirwpacliwrapper Authors
+
 // Samples latencies so that the library and its baselines see the same machine, in two ways:
 // - interleaved: round by round, one PING exchange through the library and one through the raw
 //   client, ADD_NETWORK waited for through each, and every tenth round a wpa_cli process;

@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright 2026 The libtesmirwpacliwrapper Authors
+
 // Throughput of the string helpers on texts shaped like the supplicant's, and where the time of
 // GetKeyValues goes: compiling the key patterns (required per call) against the rest.
 

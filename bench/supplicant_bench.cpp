@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright 2026 The libtesmirwpacliwrapper Authors
+
 // Execute against a real wpa_supplicant, beside the same exchanges made with the raw client
 // library and beside running wpa_cli as a process. Skipped outside a lab (TESMIR_LAB_DIR).
 

@@ -1,3 +1,6 @@
+# SPDX-License-Identifier: Apache-2.0
+# Copyright 2026 The libtesmirwpacliwrapper Authors
+#
 # Cross build for 64-bit Arm: clang --target, lld, and Debian's arm64 libc++ unpacked into the build
 # tree (scripts/arm64-sysroot.sh; it cannot be installed beside the host's). glibc, libgcc,
 # libwpa_client and liblog come from Debian multiarch (scripts/install-deps.sh --arm64).

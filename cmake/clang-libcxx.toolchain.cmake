@@ -1,3 +1,6 @@
+# SPDX-License-Identifier: Apache-2.0
+# Copyright 2026 The libtesmirwpacliwrapper Authors
+#
 # Host toolchain: clang with libc++ and lld, as on the device. Used by default (see the top-level
 # CMakeLists.txt); stops early when a piece is missing rather than fall back to gcc/libstdc++.
 

@@ -1,3 +1,6 @@
+# SPDX-License-Identifier: Apache-2.0
+# Copyright 2026 The libtesmirwpacliwrapper Authors
+#
 # The supplicant client library and liblog, from Debian's libwpa-client-dev and
 # android-liblog-dev (for the host, or for arm64 from the multiarch sysroot).
 

@@ -1,4 +1,7 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# Copyright 2026 The libtesmirwpacliwrapper Authors
+#
 # Unpacks Debian's arm64 libc++, libc++abi and libunwind into DEST (inside the build tree).
 # They cannot be installed beside the amd64 ones: apt would remove the host's libc++.
 # Needs arm64 enabled in dpkg (scripts/install-deps.sh --arm64 does that).

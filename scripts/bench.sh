@@ -1,4 +1,7 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# Copyright 2026 The libtesmirwpacliwrapper Authors
+#
 # Runs the benchmarks against a real wpa_supplicant it starts itself, and writes
 # docs/PERFORMANCE.md with a latency plot. Needs root.
 #   bench.sh           full run, writes docs/

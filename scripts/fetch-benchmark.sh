@@ -1,4 +1,7 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# Copyright 2026 The libtesmirwpacliwrapper Authors
+#
 # Unpacks Debian's source of Google Benchmark into DEST, to build it with libc++ (Debian's prebuilt
 # libbenchmark-dev is built against libstdc++). Adds a deb-src entry mirroring the Debian deb entry
 # when there is none. Needs root the first time.

@@ -1,4 +1,7 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# Copyright 2026 The libtesmirwpacliwrapper Authors
+#
 # Installs, from Debian packages, everything the build, the tests and the demo need.
 # Safe to run again: packages already present are left alone.
 #   install-deps.sh [--arm64]    --arm64 adds the cross build and its emulated tests

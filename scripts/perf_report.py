@@ -1,4 +1,6 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+# Copyright 2026 The libtesmirwpacliwrapper Authors
 """Writes PERFORMANCE.md (and the latency plot) from one run of scripts/bench.sh."""
 
 import argparse
@@ -129,7 +131,7 @@ def main():
     def get(name):
         return b.get(name + "/real_time") or b.get(name)
 
-    lines = ["# Performance", "",
+    lines = ["<!-- SPDX-License-Identifier: Apache-2.0 -->", "# Performance", "",
              "Measured by `scripts/bench.sh` in one run, against a real wpa_supplicant (wired driver) "
              "in a network namespace on this machine. Every figure stands beside its baseline from "
              "the same run. Medians of the repetitions; lower is better for times.", "",

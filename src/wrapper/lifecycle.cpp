@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright 2026 The libtesmirwpacliwrapper Authors
+
 #include <stddef.h>
 
 // wpa_ctrl.h needs size_t but does not include stddef.h itself.

@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright 2026 The libtesmirwpacliwrapper Authors
+
 #pragma once
 
 // Link-time stand-ins for libwpa_client, liblog's __android_log_print and select() (linked with

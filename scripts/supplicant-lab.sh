@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# Copyright 2026 The libtesmirwpacliwrapper Authors
+#
 # A throwaway wpa_supplicant (and, on request, an 802.1X authenticator) in a private network
 # namespace on a veth pair. Never touches the machine's own interfaces. Needs root.
 #
 #   supplicant-lab.sh check                 exit 0 if a lab can be made here, else say why
 #   supplicant-lab.sh up DIR [--hostapd]    start; prints the control socket path (DIR/ctrl/veth0)
-#   supplicant-lab.sh stop-supplicant DIR   kill only wpa_supplicant (its socket goes away)
-#   supplicant-lab.sh start-supplicant DIR  start it again on the same control socket
 #   supplicant-lab.sh down DIR              stop everything and remove the namespace
 #   supplicant-lab.sh sweep                 remove labs left behind by crashed runs
 #   supplicant-lab.sh run -- COMMAND...     a lab with the authenticator for COMMAND, which finds
@@ -129,13 +130,11 @@ run() {
 case "$cmd" in
 check) check ;;
 up) up "${3:-}" ;;
-stop-supplicant) stop_pidfile "$dir/wpa_supplicant.pid" ;;
-start-supplicant) start_supplicant ;;
 down) down ;;
 sweep) sweep ;;
 run)
     shift 2  # "run --"
     run "$@"
     ;;
-*) die "usage: supplicant-lab.sh check | up DIR [--hostapd] | stop-supplicant DIR | start-supplicant DIR | down DIR | sweep | run -- COMMAND..." ;;
+*) die "usage: supplicant-lab.sh check | up DIR [--hostapd] | down DIR | sweep | run -- COMMAND..." ;;
 esac

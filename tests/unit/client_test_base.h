@@ -1,7 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright 2026 The libtesmirwpacliwrapper Authors
+
 #pragma once
 
 #include <signal.h>
 #include <string.h>
+#include <sys/wait.h>
 
 #include <string>
 #include <vector>
@@ -12,15 +16,18 @@
 #include "WpacliWrapper.h"
 #include "fakes.h"
 
-// The signal of a trapping sanitizer check: the platform build points traps at abort(); elsewhere
-// they are ud2 on x86-64 and brk on arm64.
+// How a trapping sanitizer check ends the process. A trap instruction raises SIGILL on x86-64 and
+// SIGTRAP on arm64; the platform build points traps at its trap function, abort() today.
+inline bool KilledByTrap(int status) {
+    if (!WIFSIGNALED(status)) return false;
 #if defined(__ANDROID__)
-constexpr int kTrapSignal = SIGABRT;
+    return WTERMSIG(status) == SIGABRT || WTERMSIG(status) == SIGTRAP;
 #elif defined(__aarch64__)
-constexpr int kTrapSignal = SIGTRAP;
+    return WTERMSIG(status) == SIGTRAP;
 #else
-constexpr int kTrapSignal = SIGILL;
+    return WTERMSIG(status) == SIGILL;
 #endif
+}
 
 // A fresh client over the fakes, with the mask at its default.
 class ClientTest : public ::testing::Test {

@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright 2026 The libtesmirwpacliwrapper Authors
+
 #include "client_test_base.h"
 
 using namespace std::string_literals;
@@ -98,8 +101,8 @@ TEST_F(ExecuteTest, waiting_mode_returns_the_event_untouched) {
 }
 
 TEST_F(ExecuteTest, impossible_reply_lengths_end_the_process) {
-    EXPECT_EXIT(Direct("", 0), ::testing::KilledBySignal(kTrapSignal), "");
-    EXPECT_EXIT(Direct(std::string(64, 'x'), 65), ::testing::KilledBySignal(kTrapSignal), "");
+    EXPECT_EXIT(Direct("", 0), KilledByTrap, "");
+    EXPECT_EXIT(Direct(std::string(64, 'x'), 65), KilledByTrap, "");
 }
 
 }  // namespace

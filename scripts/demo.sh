@@ -1,23 +1,29 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# Copyright 2026 The libtesmirwpacliwrapper Authors
+#
 # The main job, end to end: installs what is missing, builds, starts a real wpa_supplicant and an
 # 802.1X authenticator in a throwaway network namespace, and drives the supplicant through
-# wpacli-host (the library's command-line host). Needs root. Cleans up after itself.
+# tesmir-wpacli (the library's command-line host). Needs root. Cleans up after itself.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 say() { printf '\n\033[1m== %s\033[0m\n' "$*"; }
+# Prints the command quoted, so that it can be pasted into a shell, then runs it.
 run() {
-    printf '$ %s\n' "$*"
+    printf '$'
+    printf ' %q' "$@"
+    printf '\n'
     "$@"
 }
 
 say "Installing what is missing"
 scripts/install-deps.sh
 
-say "Building the library and wpacli-host"
+say "Building the library and tesmir-wpacli"
 cmake -S . -B build-demo -G Ninja -DTESMIR_BUILD_TESTS=OFF >/dev/null
-cmake --build build-demo --target wpacli-host >/dev/null
-host=build-demo/tools/wpacli-host
+cmake --build build-demo --target tesmir-wpacli >/dev/null
+host=build-demo/tools/tesmir-wpacli
 
 say "Starting wpa_supplicant (wired driver) and hostapd (802.1X, EAP-MD5) in a namespace"
 scripts/supplicant-lab.sh check
@@ -52,7 +58,7 @@ echo "${state:-wpa_state unknown} (read with wpa_cli and a full-size buffer)"
 say "The same, with every log bit set (the host's liblog writes to stderr)"
 run "$host" -p "$socket" -m 0x0f -w NETWORK-ADDED ADD_NETWORK
 
-say "A failure: no event matches within 3 s (exit status 22 = -EINVAL)"
+say "A failure: no event arrives within 3 s (exit status 22 = EINVAL)"
 set +e
 run "$host" -p "$socket" -w NEVER PING
 echo "exit status $?"

@@ -23,7 +23,8 @@ die() {
     exit 1
 }
 
-netns_of() { echo "tesmir-$(basename "$1")"; }
+# One namespace per lab directory, named after its whole path: two labs never share one.
+netns_of() { echo "tesmir-lab-$(realpath -m "$1" | md5sum | cut -c1-12)"; }
 
 check() {
     [ "$(id -u)" -eq 0 ] || die "needs root (network namespaces)"
@@ -109,7 +110,7 @@ down() {
 
 sweep() {
     local ns
-    for ns in $(ip netns list 2>/dev/null | awk '/^tesmir-tesmir-lab/ {print $1}'); do
+    for ns in $(ip netns list 2>/dev/null | awk '/^tesmir-(lab|probe)-/ {print $1}'); do
         ip netns pids "$ns" 2>/dev/null | xargs -r kill -9 2>/dev/null || true
         ip netns del "$ns" 2>/dev/null || true
     done

@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright 2026 The libtesmirwpacliwrapper Authors
+
+// tesmir-wpacli: drives a wpa_supplicant control socket through libtesmirwpacliwrapper, using only
+// its public interface. Meant to be pushed to a device to try the library by hand.
+
+#include <errno.h>
+#include <getopt.h>
+#include <stdio.h>
+#include <stdlib.h>
+
+#include <map>
+#include <memory>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include <android/log.h>
+
+#include "WpaStringUtils.h"
+#include "WpacliWrapper.h"
+
+namespace {
+
+constexpr int kExitFailed = 1;
+constexpr int kExitRequestTimedOut = 2;
+constexpr int kExitFailReply = 3;
+constexpr int kExitUnknownCommand = 4;
+constexpr int kExitNoMatch = 5;
+constexpr int kExitNoEvent = 22;  // EINVAL, the library's status for it
+constexpr int kExitUsage = 64;    // EX_USAGE
+
+void PrintUsage(FILE* out) {
+    fprintf(out,
+            "usage: tesmir-wpacli -p <control socket> [-w <regex> [-k <keys>]] [-m <mask>]\n"
+            "                     [--] <command> [args...]\n"
+            "\n"
+            "Sends one supplicant command through libtesmirwpacliwrapper and prints the response.\n"
+            "  -p PATH   control socket, e.g. /data/vendor/wifi/wpa/sockets/wlan0\n"
+            "  -w REGEX  waiting mode: print the first event within 3 s that contains a match\n"
+            "            of REGEX (ECMAScript), or else the last one queued (exit status 5).\n"
+            "            A malformed REGEX ends the process once an event has arrived.\n"
+            "  -k KEYS   with -w: comma-separated key patterns; prints, as key=value, the word\n"
+            "            of the event after the first word each key is found in\n"
+            "  -m MASK   log mask gTesmirLogLevel (0x01 errors, 0x04 info, 0x08 trace); 0x04\n"
+            "            logs every command, passwords included. Lets this process log DEBUG.\n"
+            "  --help    this text\n"
+            "Options may also follow the command, as with wpa_cli; words after -- are the\n"
+            "command's own.\n"
+            "\n"
+            "A direct reply comes as the library gives it: at most 63 bytes, its last byte\n"
+            "dropped (the line feed, or a real byte where there is none), spaces removed.\n"
+            "A reply of 0 bytes ends the process. With wpa_supplicant 2.10 these give one:\n"
+            "BSS of an entry not held, BSSID_IGNORE (BLACKLIST) when empty, INTERFACE_LIST,\n"
+            "RADIO_WORK show, VENDOR_ELEM_GET, WFD_SUBELEM_GET, and GET_CAPABILITY pairwise,\n"
+            "group, group_mgmt, proto, auth_alg, modes, channels, freq (docs/COMMANDS.md).\n"
+            "\n"
+            "Exit status:\n"
+            "   0  success\n"
+            "   1  cannot open the socket, the attach failed, or the wait failed\n"
+            "   2  no reply to the command within 10 s\n"
+            "   3  the supplicant replied FAIL (direct mode)\n"
+            "   4  the supplicant replied UNKNOWN COMMAND (direct mode)\n"
+            "   5  waiting mode: the event printed does not match REGEX\n"
+            "  22  waiting mode: no event arrived within 3 s, or it could not be received\n"
+            "  64  bad arguments\n");
+}
+
+int UsageError(const char* message) {
+    fprintf(stderr, "tesmir-wpacli: %s\n\n", message);
+    PrintUsage(stderr);
+    return kExitUsage;
+}
+
+// The library fails with -1 (open, attach, select, pending), -2 (no reply from the supplicant)
+// and -22 (no event, or a failed receive).
+int ExitCodeFor(int32_t status) {
+    if (status == -2) return kExitRequestTimedOut;
+    return status == -22 ? kExitNoEvent : kExitFailed;
+}
+
+// Direct replies as they arrive here: "FAIL\n" and "UNKNOWN COMMAND\n" cut and without spaces.
+int ExitCodeForReply(const std::string& reply) {
+    if (reply == "FAIL" || reply.rfind("FAIL-", 0) == 0) return kExitFailReply;
+    return reply == "UNKNOWNCOMMAND" ? kExitUnknownCommand : 0;
+}
+
+// "a, b" gives "a" and "b": blanks around a key would keep it from ever matching a word.
+std::vector<std::string> SplitKeys(const std::string& list) {
+    std::vector<std::string> keys;
+    WpaStringUtils::SplitString(list, ',', keys);
+    for (std::string& key : keys) {
+        const size_t first = key.find_first_not_of(" \t");
+        key = first == std::string::npos
+                      ? ""
+                      : key.substr(first, key.find_last_not_of(" \t") + 1 - first);
+    }
+    return keys;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    std::string ctrlPath;
+    std::string pattern;
+    std::string keyList;
+    bool wait = false;
+
+    static const option kLongOptions[] = {{"help", no_argument, nullptr, 'h'},
+                                          {nullptr, 0, nullptr, 0}};
+    int opt;
+    // Options anywhere, as wpa_cli takes them; "--" ends them for command words with dashes.
+    while ((opt = getopt_long(argc, argv, "p:w:m:k:h", kLongOptions, nullptr)) != -1) {
+        switch (opt) {
+            case 'p':
+                ctrlPath = optarg;
+                break;
+            case 'w':
+                pattern = optarg;
+                wait = true;
+                break;
+            case 'm': {
+                char* end = nullptr;
+                errno = 0;
+                const uint64_t mask = strtoull(optarg, &end, 0);
+                if (errno != 0 || end == optarg || *end != '\0' || mask > UINT32_MAX) {
+                    return UsageError("-m takes a number such as 0x0d");
+                }
+                gTesmirLogLevel = static_cast<uint32_t>(mask);
+                // Otherwise liblog may drop the trace lines the mask asks for.
+                __android_log_set_minimum_priority(ANDROID_LOG_DEBUG);
+                break;
+            }
+            case 'k':
+                keyList = optarg;
+                break;
+            case 'h':
+                PrintUsage(stdout);
+                return 0;
+            default:
+                return UsageError("unknown option (command words that begin with '-' go after --)");
+        }
+    }
+    if (ctrlPath.empty()) return UsageError("-p <control socket> is required");
+    if (optind >= argc) return UsageError("no command given");
+    if (!keyList.empty() && !wait) {
+        return UsageError("-k takes the words of an event, with -w: a direct reply has no spaces");
+    }
+
+    std::string command = argv[optind];
+    for (int i = optind + 1; i < argc; ++i) command.append(" ").append(argv[i]);
+
+    std::unique_ptr<WpacliWrapper> client(GetWpacliWrapperHandle());
+    int32_t status = client->Open(ctrlPath);
+    if (status != 0) {
+        fprintf(stderr, "tesmir-wpacli: cannot open %s (status %d)\n", ctrlPath.c_str(), status);
+        return ExitCodeFor(status);
+    }
+    std::string response;
+    status = client->Execute(command, pattern, response, wait);
+    if (status == -22 && wait) {
+        fprintf(stderr, "tesmir-wpacli: %s was sent, but no event arrived within 3 s (status %d)\n",
+                command.c_str(), status);
+        return kExitNoEvent;
+    }
+    if (status != 0) {
+        fprintf(stderr, "tesmir-wpacli: %s failed (status %d)\n", command.c_str(), status);
+        return ExitCodeFor(status);
+    }
+    printf("%s\n", response.c_str());
+    if (!wait) return ExitCodeForReply(response);
+
+    if (!keyList.empty()) {
+        const std::vector<std::string> keys = SplitKeys(keyList);
+        std::map<std::string, std::string> values;
+        for (const std::string& key : keys) values[key] = "";
+        WpaStringUtils::GetKeyValues(response, values);
+        for (const std::string& key : keys) printf("%s=%s\n", key.c_str(), values[key].c_str());
+    }
+    // The library hands back the last event queued when none matches.
+    if (!std::regex_search(response, std::regex(pattern))) {
+        fprintf(stderr, "tesmir-wpacli: no event matched; this is the last one queued\n");
+        return kExitNoMatch;
+    }
+    return 0;
+}

@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright 2026 The libtesmirwpacliwrapper Authors
+
 #pragma once
 
 #include <map>
@@ -5,6 +8,7 @@
 #include <vector>
 
 #include "TesmirExport.h"
+#include "TesmirLibcxx.h"
 
 // Helpers for taking supplicant replies and events apart. All bytes are data, NUL and bytes
 // above 0x7f included. Nothing is logged, no error is reported and no state is kept.

@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright 2026 The libtesmirwpacliwrapper Authors
+
 #pragma once
 
 #include <stdint.h>
@@ -5,6 +8,7 @@
 #include <string>
 
 #include "TesmirExport.h"
+#include "TesmirLibcxx.h"
 #include "TesmirLogLevel.h"
 
 struct wpa_ctrl;
@@ -38,21 +42,33 @@ class TESMIR_EXPORT WpacliWrapper {
     // duration of the call. The object must be open.
     //
     // wait == false: |response| receives the direct reply, at most 63 bytes, with its last byte
-    // dropped (the line feed of a normal reply) and every space removed.
+    // dropped unseen and every space removed. The dropped byte is the line feed of most replies;
+    // replies without one lose a real byte (IFNAME gives "veth" for veth0, GET_NETWORK 0 ssid
+    // gives "\"home" for "home"). A reply of 0 bytes ends the process (a trap): the supplicant
+    // sends one for BSS of an entry it does not hold, an empty BSSID_IGNORE list, RADIO_WORK show
+    // and several GET_CAPABILITY fields. docs/COMMANDS.md lists what each command gives, as
+    // measured against wpa_supplicant 2.10.
     // wait == true: the direct reply is ignored and |response| receives what GetResponse()
     // returns for |pattern|.
     //
-    // Returns 0 on success. On failure |response| is untouched and the result is -1 (attach
-    // failed), or the negative result of wpa_ctrl_request() or of GetResponse().
+    // Returns 0 whenever the supplicant replied, also with FAIL or UNKNOWN COMMAND: check
+    // |response|. On failure |response| is untouched and the result is -1 (attach failed), or the
+    // negative result of wpa_ctrl_request() (-2: no reply within 10 s) or of GetResponse().
     virtual int32_t Execute(const std::string& command, const std::string& pattern,
                             std::string& response, bool wait);
 
     // Waits up to 3 s in all on the event connection for an event whose text contains a match of
     // the ECMAScript regex |pattern|. Examines the first event and then those queued behind it,
     // one at a time, and stops at the first that matches, or at the last one queued if none
-    // does; either way its text goes to |response| and the result is 0, so a caller that needs
-    // the match must check |response|. Returns -22 on time-out or receive failure, or the
+    // does: when the first event does not match and nothing is queued behind it, that event is
+    // returned. Either way its text goes to |response| and the result is 0, so a caller that
+    // needs the match must check |response|. Returns -22 on time-out or receive failure, or the
     // negative result of select() or wpa_ctrl_pending(), leaving |response| untouched.
+    //
+    // An event is at most 512 bytes. Each event after the first of one call is received into at
+    // most as many bytes as the one before it, and cut there: a 36-byte first event cuts the next
+    // to 36 bytes. Events reach the event connection only while it is attached, which is only
+    // inside Execute(): called on its own, this sees only events left queued by an earlier call.
     // A malformed |pattern| aborts the process once an event has arrived.
     int32_t GetResponse(const std::string& pattern, std::string& response);
 

@@ -1,4 +1,7 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# Copyright 2026 The libtesmirwpacliwrapper Authors
+#
 # Checks formatting and clang-tidy on our sources. Each translation unit is checked with the first
 # of the given build trees whose compile database has it.
 #   scripts/lint.sh [BUILD_DIR...]    (default: build)
@@ -11,6 +14,13 @@ status=0
 
 if ! clang-format --dry-run -Werror "${sources[@]}"; then
     echo "lint: clang-format would change the files above (run clang-format -i)"
+    status=1
+fi
+
+unformatted=$(gofmt -l tests/soong)
+if [ -n "$unformatted" ]; then
+    echo "$unformatted"
+    echo "lint: gofmt would change the files above (run gofmt -w)"
     status=1
 fi
 

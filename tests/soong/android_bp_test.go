@@ -1,0 +1,287 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright 2026 The libtesmirwpacliwrapper Authors
+
+// Android.bp as Soong sees it, checked the way Soong's own cc tests check modules: Soong's test
+// harness from Debian's Soong sources (Android 11 era), the platform's toolchain modules from
+// cc.GatherRequiredDepsForTest, an arm64 device with a 32-bit arm secondary architecture.
+// Run in GOPATH mode: GO111MODULE=off GOPATH=/usr/share/gocode go test (scripts/test.sh).
+package androidbp
+
+import (
+	"bytes"
+	"errors"
+	"io/ioutil"
+	"os"
+	"os/exec"
+	"path/filepath"
+	"reflect"
+	"regexp"
+	"sort"
+	"strings"
+	"testing"
+	"unsafe"
+
+	"android/soong/android"
+	"android/soong/cc"
+)
+
+const (
+	project    = "../.."
+	library    = "libtesmirwpacliwrapper"
+	cfiVariant = "android_vendor.VER_arm64_armv8-a_shared_cfi"
+	// Soong's CFI support adds it as a second version script; the platform ships this text.
+	cfiExportsMap = "build/soong/cc/config/cfi_exports.map"
+	cfiExports    = "{\n  global:\n    __cfi_check;\n};\n"
+)
+
+var ourModules = []string{"libtesmirwpacliwrapper_core", library,
+	"libtesmirwpacliwrapper_unit_test", "tesmir-wpacli"}
+
+// What the project reaches beyond the toolchain's modules, as the platform defines it: liblog as
+// LLNDK with its header library, googletest, and libwpa_client on the vendor side.
+const platformModules = `
+cc_library { name: "liblog", no_libcrt: true, nocrt: true, system_shared_libs: [], stl: "none" }
+llndk_library { name: "liblog", symbol_file: "" }
+cc_library_headers { name: "liblog_headers", vendor_available: true }
+cc_library_static { name: "libgtest", vendor_available: true, stl: "none" }
+cc_library_static { name: "libgtest_main", vendor_available: true, stl: "none" }
+cc_library_static { name: "libgmock", vendor_available: true, stl: "none" }
+cc_library_shared { name: "libwpa_client", proprietary: true, stl: "none" }
+cc_library_headers { name: "libwpa_client_headers", soc_specific: true }
+`
+
+// Soong's mock file system: the project's files, so that a missing source is Soong's error, and
+// the platform's files that its toolchain modules name.
+func mockFiles(t *testing.T) map[string][]byte {
+	fs := map[string][]byte{cfiExportsMap: []byte(cfiExports), "libc.map.txt": nil,
+		"libm.map.txt": nil, "libdl.map.txt": nil,
+		"prebuilts/ndk/current/sources/cxx-stl/llvm-libc++/libs/arm64-v8a/libc++_shared.so": nil}
+	err := filepath.Walk(project, func(path string, info os.FileInfo, err error) error {
+		name, _ := filepath.Rel(project, path)
+		if err != nil || info.IsDir() && (strings.HasPrefix(name, "build") || name == ".git") {
+			return filepath.SkipDir
+		}
+		// The root Android.bp is the one under analysis, which the harness writes itself.
+		if !info.IsDir() && name != "Android.bp" {
+			fs[name] = nil
+		}
+		return nil
+	})
+	if err != nil {
+		t.Fatal(err)
+	}
+	return fs
+}
+
+var (
+	licenseModules = regexp.MustCompile(`(?ms)^(package|license) \{\n.*?^\}\n`)
+	licenseTexts   = regexp.MustCompile(`license_text: \[([^\]]*)\]`)
+)
+
+// Android 12 trees want the package and license modules, which this Soong predates: they are
+// removed before the analysis, once this test has checked the license texts they name.
+func withoutLicenseModules(bp []byte, fs map[string][]byte) ([]byte, error) {
+	texts := licenseTexts.FindSubmatch(bp)
+	if texts == nil || !bytes.Contains(bp, []byte(`default_applicable_licenses: ["libtesmirwpacliwrapper_license"]`)) {
+		return nil, errors.New("no license module applied to the package by default")
+	}
+	for _, text := range strings.Split(string(texts[1]), ",") {
+		if _, found := fs[strings.Trim(text, " \n\"")]; !found {
+			return nil, errors.New(`license_text ` + strings.TrimSpace(text) + ` does not exist`)
+		}
+	}
+	return licenseModules.ReplaceAll(bp, nil), nil
+}
+
+// Soong's analysis of |bp| beside the Android.bp files of |others| (directory: modules).
+func analyse(t *testing.T, bp []byte, others map[string]string) (*android.TestContext, []error) {
+	t.Helper()
+	fs := mockFiles(t)
+	bp, err := withoutLicenseModules(bp, fs)
+	if err != nil {
+		return nil, []error{err}
+	}
+	files := []string{"Android.bp"}
+	for dir, modules := range others {
+		fs[dir+"/Android.bp"] = []byte(modules)
+		files = append(files, dir+"/Android.bp")
+	}
+	config := cc.TestConfig(t.TempDir(), android.Android, nil, string(bp)+platformModules, fs)
+	vndk, platformVndk := "current", "VER"
+	config.TestProductVariables.DeviceVndkVersion = &vndk
+	config.TestProductVariables.Platform_vndk_version = &platformVndk
+	// A device build checks that every path exists and enforces visibility; the harness does
+	// neither unless told.
+	allow := reflect.ValueOf(config).Field(0).Elem().FieldByName("testAllowNonExistentPaths")
+	reflect.NewAt(allow.Type(), unsafe.Pointer(allow.UnsafeAddr())).Elem().SetBool(false)
+	ctx := cc.CreateTestContext()
+	ctx.PreArchMutators(android.RegisterVisibilityRuleChecker)
+	ctx.PreArchMutators(android.RegisterVisibilityRuleGatherer)
+	ctx.PostDepsMutators(android.RegisterVisibilityRuleEnforcer)
+	ctx.Register(config)
+	if _, errs := ctx.ParseFileList(".", files); len(errs) > 0 {
+		return nil, errs
+	}
+	_, errs := ctx.PrepareBuildActions(config)
+	return ctx, errs
+}
+
+func readProject(t *testing.T, name string) []byte {
+	content, err := ioutil.ReadFile(filepath.Join(project, name))
+	if err != nil {
+		t.Fatal(err)
+	}
+	return content
+}
+
+func analyseProject(t *testing.T) *android.TestContext {
+	t.Helper()
+	ctx, errs := analyse(t, readProject(t, "Android.bp"), nil)
+	android.FailIfErrored(t, errs)
+	return ctx
+}
+
+// A variable of the build.ninja that Soong writes: module variables hold a module's own flags.
+func ninjaVariable(t *testing.T, ctx *android.TestContext, name string) string {
+	t.Helper()
+	var ninja bytes.Buffer
+	if err := ctx.WriteBuildFile(&ninja); err != nil {
+		t.Fatal(err)
+	}
+	m := regexp.MustCompile(`(?m)^` + regexp.QuoteMeta(name) + ` = (.*)$`).FindSubmatch(ninja.Bytes())
+	if m == nil {
+		t.Fatalf("no %s in build.ninja", name)
+	}
+	return string(m[1])
+}
+
+// The target is 64-bit Arm and libwpa_client lives on the vendor side; the fixed log formats that
+// print size_t with %lu do not compile where size_t is 32 bits.
+func TestEveryModuleHasArm64VendorVariantsOnly(t *testing.T) {
+	ctx := analyseProject(t)
+	for _, module := range ourModules {
+		for _, variant := range ctx.ModuleVariantsForTests(module) {
+			if !strings.HasPrefix(variant, "android_vendor.VER_arm64_") {
+				t.Errorf("%s: variant %s is not an arm64 vendor variant", module, variant)
+			}
+		}
+	}
+	if variants := ctx.ModuleVariantsForTests(library); !reflect.DeepEqual(variants, []string{cfiVariant}) {
+		t.Errorf("%s: variants %v, want only %s", library, variants, cfiVariant)
+	}
+}
+
+// The exported typeinfo needs RTTI; the platform's checks trap rather than report.
+func TestLibraryCompilesWithRttiAndTrappingChecks(t *testing.T) {
+	ctx := analyseProject(t)
+	module := "m.libtesmirwpacliwrapper_core_android_vendor.VER_arm64_armv8-a_static_cfi."
+	flags := ninjaVariable(t, ctx, module+"cflags") + " " + ninjaVariable(t, ctx, module+"cppflags")
+	sanitizers := map[string]bool{}
+	for _, m := range regexp.MustCompile(`-fsanitize=(\S+)`).FindAllStringSubmatch(flags, -1) {
+		for _, s := range strings.Split(m[1], ",") {
+			sanitizers[s] = true
+		}
+	}
+	for _, want := range []string{"cfi", "unsigned-integer-overflow", "signed-integer-overflow", "bounds"} {
+		if !sanitizers[want] {
+			t.Errorf("compile flags lack the %s sanitizer: %s", want, flags)
+		}
+	}
+	for _, want := range []string{"-fsanitize-cfi-cross-dso", "-fsanitize-trap=all", "-fno-exceptions"} {
+		if !strings.Contains(flags, want) {
+			t.Errorf("compile flags lack %s: %s", want, flags)
+		}
+	}
+	if rtti := regexp.MustCompile(`-f(no-)?rtti`).FindAllString(flags, -1); len(rtti) == 0 ||
+		rtti[len(rtti)-1] != "-frtti" {
+		t.Errorf("the last RTTI flag is not -frtti: %v", rtti)
+	}
+}
+
+// The device link of the library reproduced on the host with Soong's version scripts, LTO and
+// cross-DSO CFI, and -Wl,--no-undefined-version: every name of our version script must exist,
+// and the exports are the interface and the CFI entry point.
+func TestDeviceLinkOnHost(t *testing.T) {
+	ctx := analyseProject(t)
+	ldFlags := ctx.ModuleForTests(library, cfiVariant).Rule("ld").Args["ldFlags"] + " " +
+		ninjaVariable(t, ctx, "g.config.DeviceGlobalLldflags")
+	var scripts []string
+	for _, m := range regexp.MustCompile(`-Wl,--version-script,(\S+)`).FindAllStringSubmatch(ldFlags, -1) {
+		scripts = append(scripts, m[1])
+	}
+	if !reflect.DeepEqual(scripts, []string{"src/libtesmirwpacliwrapper.map", cfiExportsMap}) {
+		t.Fatalf("version scripts %v, want ours and %s", scripts, cfiExportsMap)
+	}
+	for _, want := range []string{"-Wl,--no-undefined-version", "-fsanitize=cfi", "-flto"} {
+		if !strings.Contains(ldFlags, want) {
+			t.Errorf("link flags lack %s: %s", want, ldFlags)
+		}
+	}
+	work := t.TempDir()
+	cfiMap, lib := filepath.Join(work, "cfi_exports.map"), filepath.Join(work, library+".so")
+	if err := ioutil.WriteFile(cfiMap, []byte(cfiExports), 0o644); err != nil {
+		t.Fatal(err)
+	}
+	sources, _ := filepath.Glob(filepath.Join(project, "src", "*", "*.cpp"))
+	args := append([]string{"-std=c++17", "-stdlib=libc++", "-fno-exceptions", "-frtti", "-O2",
+		"-fPIC", "-fvisibility=hidden", "-flto", "-fsanitize=cfi", "-fsanitize-cfi-cross-dso",
+		"-Wall", "-Wextra", "-Werror", "-I" + project + "/include", "-I" + project + "/src",
+		"-I/usr/include/android", "-fuse-ld=lld", "-shared", "-o", lib,
+		"-Wl,--version-script," + filepath.Join(project, scripts[0]), "-Wl,--version-script," + cfiMap,
+		"-Wl,--no-undefined-version", "-Wl,--allow-shlib-undefined"}, sources...)
+	if out, err := exec.Command("/usr/bin/clang++-14", args...).CombinedOutput(); err != nil {
+		t.Fatalf("the device link fails: %v\n%s", err, out)
+	}
+	out, err := exec.Command("/usr/bin/nm", "-D", "--defined-only", "--format=just-symbols", lib).Output()
+	if err != nil {
+		t.Fatal(err)
+	}
+	listed := regexp.MustCompile(`(?m)^#.*$`).ReplaceAll(readProject(t, "tests/abi/exported_symbols.txt"), nil)
+	want, exported := append(strings.Fields(string(listed)), "__cfi_check"), strings.Fields(string(out))
+	sort.Strings(want)
+	sort.Strings(exported)
+	if !reflect.DeepEqual(exported, want) {
+		t.Errorf("exports of the CFI link: %v, want %v", exported, want)
+	}
+}
+
+// A module of another package that links the core library, which holds a copy of gTesmirLogLevel
+// outside the version script: hosts must take the shared library.
+const otherPackage = `cc_library_shared { name: "libhost", vendor: true, compile_multilib: "64",
+    shared_libs: ["libtesmirwpacliwrapper"], static_libs: ["libtesmirwpacliwrapper_core"] }`
+
+// Broken copies of Android.bp, each rejected with Soong's own message (the licence text with this
+// test's, since this Soong has no license module type), and the core library linked from outside.
+func TestBrokenAndroidBpIsRejected(t *testing.T) {
+	cases := []struct{ what, from, to, message string }{
+		{"core library linked from another package", "", "",
+			`depends on //\.?:libtesmirwpacliwrapper_core which is not visible to this module`},
+		{"unknown property", "    version_script:", "    frobnicate: true,\n    version_script:",
+			`unrecognized property "frobnicate"`},
+		{"misspelled header library", `"libwpa_client_headers",`, `"libwpa_client_header",`,
+			`depends on undefined module "libwpa_client_header"`},
+		{"missing source", `"src/wrapper/execute.cpp",`, `"src/wrapper/exec.cpp",`,
+			`source path "[^"]*src/wrapper/exec.cpp" does not exist`},
+		{"platform library not available to vendors", "\"liblog\",\n    ],\n    export",
+			"\"liblog\",\n        \"libft2\",\n    ],\n    export",
+			`should not link to "libft2.llndk" which is marked as .vendor_available: false.`},
+		{"vendor: true removed", "    vendor: true,\n", "",
+			`dependency "libwpa_client_headers" of "[^"]+" missing variant`},
+		{"licence text missing", `license_text: ["LICENSE"]`, `license_text: ["COPYING"]`,
+			`license_text "COPYING" does not exist`},
+	}
+	bp := readProject(t, "Android.bp")
+	for _, c := range cases {
+		t.Run(c.what, func(t *testing.T) {
+			if !bytes.Contains(bp, []byte(c.from)) {
+				t.Fatalf("Android.bp no longer holds %q", c.from)
+			}
+			others := map[string]string{}
+			if c.from == "" {
+				others["vendor/host"] = otherPackage
+			}
+			_, errs := analyse(t, bytes.Replace(bp, []byte(c.from), []byte(c.to), 1), others)
+			android.FailIfNoMatchingErrors(t, c.message, errs)
+		})
+	}
+}

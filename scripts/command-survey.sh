@@ -1,0 +1,18 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# Copyright 2026 The libtesmirwpacliwrapper Authors
+#
+# Regenerates docs/COMMANDS.md from a real supplicant: builds tesmir-command-survey, starts a lab
+# (scripts/supplicant-lab.sh) and surveys its supplicant. Needs root.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+cmake -S . -B build -G Ninja -DTESMIR_BUILD_TESTS=ON -DTESMIR_BUILD_TOOLS=ON >/dev/null
+cmake --build build --target tesmir-command-survey >/dev/null
+version="$(wpa_supplicant -v | sed -n 's/^wpa_supplicant \(v[0-9.]*\).*/\1/p') (Debian package $(
+    dpkg-query -W -f='${Version}' wpasupplicant))"
+# shellcheck disable=SC2016 # expanded by the lab's shell
+scripts/supplicant-lab.sh run -- bash -c 'clients=$(mktemp -d) &&
+    build/tools/tesmir-command-survey "$TESMIR_LAB_DIR/ctrl/veth0" "$clients" "$0" wired;
+    status=$?; rm -rf "$clients"; exit $status' "$version" >docs/COMMANDS.md.new
+mv docs/COMMANDS.md.new docs/COMMANDS.md
+echo "command-survey: wrote docs/COMMANDS.md"

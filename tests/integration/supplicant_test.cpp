@@ -7,8 +7,12 @@
 #include <stdlib.h>
 
 #include <algorithm>
+#include <atomic>
 #include <memory>
+#include <mutex>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -91,6 +95,32 @@ TEST_F(SupplicantTest, network_events_end_waiting_mode) {
     for (int i = 2; i <= 10; ++i) ASSERT_EQ(std::to_string(i), Direct("ADD_NETWORK"));
     ASSERT_EQ(0, client_->Execute("REMOVE_NETWORK all", "REMOVED 10", response, true));
     EXPECT_EQ("<3>CTRL-EVENT-NETWORK-REMOVED 1", response);
+}
+
+// Clients share nothing but the mask: eight at once, each sees only its own replies. Open is
+// serialised, as hosts must: libwpa_client names client sockets with an unguarded counter.
+TEST_F(SupplicantTest, clients_on_separate_threads_get_only_their_own_replies) {
+    const std::pair<const char*, const char*> cases[] = {
+            {"PING", "PONG"}, {"IFNAME", "veth"}, {"NOT_A_COMMAND", "UNKNOWNCOMMAND"}};
+    std::mutex openLock;
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (size_t t = 0; t < 8; ++t) {
+        threads.emplace_back([&, t] {
+            std::unique_ptr<WpacliWrapper> client(GetWpacliWrapperHandle());
+            {
+                std::lock_guard<std::mutex> lock(openLock);
+                wrong += client->Open(dir_ + "/ctrl/veth0") != 0;
+            }
+            std::string response;
+            for (size_t i = t; i < t + 150; ++i) {
+                const auto& [command, expected] = cases[i % std::size(cases)];
+                wrong += client->Execute(command, "", response, false) != 0 || response != expected;
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(0, wrong.load());
 }
 
 }  // namespace

@@ -81,6 +81,8 @@ up() {
     ip netns add "$ns"
     ip -n "$ns" link set lo up
     ip -n "$ns" link add veth0 type veth peer name veth1
+    # A fixed, locally administered address: what the lab's supplicant reports stays the same.
+    ip -n "$ns" link set veth0 address 02:00:00:00:00:01
     ip -n "$ns" link set veth0 up
     ip -n "$ns" link set veth1 up
 

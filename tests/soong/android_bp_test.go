@@ -57,8 +57,11 @@ func mockFiles(t *testing.T) map[string][]byte {
 		"libm.map.txt": nil, "libdl.map.txt": nil,
 		"prebuilts/ndk/current/sources/cxx-stl/llvm-libc++/libs/arm64-v8a/libc++_shared.so": nil}
 	err := filepath.Walk(project, func(path string, info os.FileInfo, err error) error {
+		if err != nil {
+			return err
+		}
 		name, _ := filepath.Rel(project, path)
-		if err != nil || info.IsDir() && (strings.HasPrefix(name, "build") || name == ".git") {
+		if info.IsDir() && (strings.HasPrefix(name, "build") || name == ".git") {
 			return filepath.SkipDir
 		}
 		// The root Android.bp is the one under analysis, which the harness writes itself.

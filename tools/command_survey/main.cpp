@@ -9,6 +9,7 @@
 
 #include <stddef.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 #include <sys/wait.h>
 #include <time.h>
@@ -100,12 +101,18 @@ const char* const kSetup[] = {"REMOVE_NETWORK all",
                               "SET_NETWORK 0 identity \"tesmir\"",
                               "SET_NETWORK 0 priority 5"};
 
-// The whole reply, over libwpa_client's own connection, or "?" when the request failed.
+// A survey with a hole in it would mislead: any failure of our own ends it.
+[[noreturn]] void Die(const std::string& what) {
+    fprintf(stderr, "tesmir-command-survey: %s\n", what.c_str());
+    exit(1);
+}
+
+// The whole reply, over libwpa_client's own connection.
 std::string Raw(wpa_ctrl* ctrl, const std::string& command) {
     char reply[16384];
     size_t replyLen = sizeof(reply);
     if (wpa_ctrl_request(ctrl, command.data(), command.size(), reply, &replyLen, nullptr) < 0) {
-        return "?";
+        Die("no reply to " + command);
     }
     return {reply, replyLen};
 }
@@ -118,8 +125,9 @@ struct Outcome {
 
 Outcome ThroughExecute(const std::string& socket, const std::string& command) {
     int fds[2];
-    if (pipe(fds) != 0) return {SIGPIPE, -1, ""};
+    if (pipe(fds) != 0) Die("pipe failed");
     const pid_t pid = fork();
+    if (pid < 0) Die("fork failed");
     if (pid == 0) {
         close(fds[0]);
         std::unique_ptr<WpacliWrapper> client(GetWpacliWrapperHandle());
@@ -173,7 +181,7 @@ enum Kind { kEndsProcess, kLosesByte, kCut, kWhole, kKinds };
 Kind KindOf(const std::string& raw, const Outcome& outcome) {
     if (outcome.signal != 0) return kEndsProcess;
     if (raw.size() > 64) return kCut;
-    return raw.back() == '\n' ? kWhole : kLosesByte;
+    return !raw.empty() && raw.back() == '\n' ? kWhole : kLosesByte;
 }
 
 }  // namespace
@@ -186,10 +194,7 @@ int main(int argc, char** argv) {
     const std::string socket = argv[1];
     // Its own client directory: the library's copy of libwpa_client names sockets alike in /tmp.
     wpa_ctrl* raw = wpa_ctrl_open2(socket.c_str(), argv[2]);
-    if (raw == nullptr) {
-        fprintf(stderr, "tesmir-command-survey: cannot open %s\n", socket.c_str());
-        return 1;
-    }
+    if (raw == nullptr) Die("cannot open " + socket);
     for (const char* command : kSetup) Raw(raw, command);
 
     std::vector<std::string> rows;

@@ -124,7 +124,7 @@ int main(int argc, char** argv) {
                 errno = 0;
                 const uint64_t mask = strtoull(optarg, &end, 0);
                 if (errno != 0 || end == optarg || *end != '\0' || mask > UINT32_MAX) {
-                    return UsageError("-m takes a number such as 0x0d");
+                    return UsageError("-m takes a number such as 0x09");
                 }
                 gTesmirLogLevel = static_cast<uint32_t>(mask);
                 // Otherwise liblog may drop the trace lines the mask asks for.

@@ -10,6 +10,7 @@ cmake -S . -B build -G Ninja -DTESMIR_BUILD_TESTS=ON -DTESMIR_BUILD_TOOLS=ON >/d
 cmake --build build --target tesmir-command-survey >/dev/null
 version="$(wpa_supplicant -v | sed -n 's/^wpa_supplicant \(v[0-9.]*\).*/\1/p') (Debian package $(
     dpkg-query -W -f='${Version}' wpasupplicant))"
+trap 'rm -f docs/COMMANDS.md.new' EXIT
 # shellcheck disable=SC2016 # expanded by the lab's shell
 scripts/supplicant-lab.sh run -- bash -c 'clients=$(mktemp -d) &&
     build/tools/tesmir-command-survey "$TESMIR_LAB_DIR/ctrl/veth0" "$clients" "$0" wired;

@@ -4,7 +4,7 @@
 #
 # The main job, end to end: installs what is missing, builds, starts a real wpa_supplicant and an
 # 802.1X authenticator in a throwaway network namespace, and drives the supplicant through
-# tesmir-wpacli (the library's command-line host). Needs root. Cleans up after itself.
+# tesmir-wpacli (the library's command-line tool). Needs root. Cleans up after itself.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 

@@ -11,9 +11,7 @@ cmake --build build --target tesmir-command-survey >/dev/null
 version="$(wpa_supplicant -v | sed -n 's/^wpa_supplicant \(v[0-9.]*\).*/\1/p') (Debian package $(
     dpkg-query -W -f='${Version}' wpasupplicant))"
 trap 'rm -f docs/COMMANDS.md.new' EXIT
-# shellcheck disable=SC2016 # expanded by the lab's shell
-scripts/supplicant-lab.sh run -- bash -c 'clients=$(mktemp -d) &&
-    build/tools/tesmir-command-survey "$TESMIR_LAB_DIR/ctrl/veth0" "$clients" "$0" wired;
-    status=$?; rm -rf "$clients"; exit $status' "$version" >docs/COMMANDS.md.new
+scripts/supplicant-lab.sh run -- build/tools/tesmir-command-survey "$version" wired \
+    >docs/COMMANDS.md.new
 mv docs/COMMANDS.md.new docs/COMMANDS.md
 echo "command-survey: wrote docs/COMMANDS.md"

@@ -96,8 +96,8 @@ func withoutLicenseModules(bp []byte, fs map[string][]byte) ([]byte, error) {
 	return licenseModules.ReplaceAll(bp, nil), nil
 }
 
-// Soong's analysis of |bp| beside the Android.bp files of |others| (directory: modules).
-func analyse(t *testing.T, bp []byte, others map[string]string) (*android.TestContext, []error) {
+// Soong's analysis of |bp|, beside |other| as the Android.bp of another package if not empty.
+func analyse(t *testing.T, bp []byte, other string) (*android.TestContext, []error) {
 	t.Helper()
 	fs := mockFiles(t)
 	bp, err := withoutLicenseModules(bp, fs)
@@ -105,9 +105,9 @@ func analyse(t *testing.T, bp []byte, others map[string]string) (*android.TestCo
 		return nil, []error{err}
 	}
 	files := []string{"Android.bp"}
-	for dir, modules := range others {
-		fs[dir+"/Android.bp"] = []byte(modules)
-		files = append(files, dir+"/Android.bp")
+	if other != "" {
+		fs["vendor/host/Android.bp"] = []byte(other)
+		files = append(files, "vendor/host/Android.bp")
 	}
 	config := cc.TestConfig(t.TempDir(), android.Android, nil, string(bp)+platformModules, fs)
 	vndk, platformVndk := "current", "VER"
@@ -139,7 +139,7 @@ func readProject(t *testing.T, name string) []byte {
 
 func analyseProject(t *testing.T) *android.TestContext {
 	t.Helper()
-	ctx, errs := analyse(t, readProject(t, "Android.bp"), nil)
+	ctx, errs := analyse(t, readProject(t, "Android.bp"), "")
 	android.FailIfErrored(t, errs)
 	return ctx
 }
@@ -256,21 +256,21 @@ const otherPackage = `cc_library_shared { name: "libhost", vendor: true, compile
 // Broken copies of Android.bp, each rejected with Soong's own message (the licence text with this
 // test's, since this Soong has no license module type), and the core library linked from outside.
 func TestBrokenAndroidBpIsRejected(t *testing.T) {
-	cases := []struct{ what, from, to, message string }{
-		{"core library linked from another package", "", "",
+	cases := []struct{ what, from, to, other, message string }{
+		{"core library linked from another package", "", "", otherPackage,
 			`depends on //\.?:libtesmirwpacliwrapper_core which is not visible to this module`},
-		{"unknown property", "    version_script:", "    frobnicate: true,\n    version_script:",
+		{"unknown property", "    version_script:", "    frobnicate: true,\n    version_script:", "",
 			`unrecognized property "frobnicate"`},
-		{"misspelled header library", `"libwpa_client_headers",`, `"libwpa_client_header",`,
+		{"misspelled header library", `"libwpa_client_headers",`, `"libwpa_client_header",`, "",
 			`depends on undefined module "libwpa_client_header"`},
-		{"missing source", `"src/wrapper/execute.cpp",`, `"src/wrapper/exec.cpp",`,
+		{"missing source", `"src/wrapper/execute.cpp",`, `"src/wrapper/exec.cpp",`, "",
 			`source path "[^"]*src/wrapper/exec.cpp" does not exist`},
 		{"platform library not available to vendors", "\"liblog\",\n    ],\n    export",
-			"\"liblog\",\n        \"libft2\",\n    ],\n    export",
+			"\"liblog\",\n        \"libft2\",\n    ],\n    export", "",
 			`should not link to "libft2.llndk" which is marked as .vendor_available: false.`},
-		{"vendor: true removed", "    vendor: true,\n", "",
+		{"vendor: true removed", "    vendor: true,\n", "", "",
 			`dependency "libwpa_client_headers" of "[^"]+" missing variant`},
-		{"licence text missing", `license_text: ["LICENSE"]`, `license_text: ["COPYING"]`,
+		{"licence text missing", `license_text: ["LICENSE"]`, `license_text: ["COPYING"]`, "",
 			`license_text "COPYING" does not exist`},
 	}
 	bp := readProject(t, "Android.bp")
@@ -279,11 +279,7 @@ func TestBrokenAndroidBpIsRejected(t *testing.T) {
 			if !bytes.Contains(bp, []byte(c.from)) {
 				t.Fatalf("Android.bp no longer holds %q", c.from)
 			}
-			others := map[string]string{}
-			if c.from == "" {
-				others["vendor/host"] = otherPackage
-			}
-			_, errs := analyse(t, bytes.Replace(bp, []byte(c.from), []byte(c.to), 1), others)
+			_, errs := analyse(t, bytes.Replace(bp, []byte(c.from), []byte(c.to), 1), c.other)
 			android.FailIfNoMatchingErrors(t, c.message, errs)
 		})
 	}

@@ -4,8 +4,9 @@
 // tesmir-command-survey: sends the commands of wpa_cli that only read state to a real supplicant,
 // once raw through libwpa_client and once through Execute in direct mode, and prints as Markdown
 // what a host gets back. Each Execute runs in a child process: an empty reply ends the process
-// that receives it. Run by scripts/command-survey.sh, which writes docs/COMMANDS.md.
-//   tesmir-command-survey SOCKET CLIENT_DIR SUPPLICANT_VERSION DRIVER
+// that receives it. Run by scripts/command-survey.sh, which writes docs/COMMANDS.md, beside the
+// lab that TESMIR_LAB_DIR names (scripts/supplicant-lab.sh run).
+//   tesmir-command-survey SUPPLICANT_VERSION DRIVER
 
 #include <stddef.h>
 #include <stdio.h>
@@ -187,13 +188,15 @@ Kind KindOf(const std::string& raw, const Outcome& outcome) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 5) {
-        fprintf(stderr, "usage: tesmir-command-survey SOCKET CLIENT_DIR VERSION DRIVER\n");
+    const char* lab = getenv("TESMIR_LAB_DIR");
+    if (argc != 3 || lab == nullptr) {
+        fprintf(stderr, "usage: TESMIR_LAB_DIR=DIR tesmir-command-survey VERSION DRIVER\n");
         return 64;
     }
-    const std::string socket = argv[1];
-    // Its own client directory: the library's copy of libwpa_client names sockets alike in /tmp.
-    wpa_ctrl* raw = wpa_ctrl_open2(socket.c_str(), argv[2]);
+    const std::string socket = std::string(lab) + "/ctrl/veth0";
+    // Client socket in the lab, not in /tmp, where the library's copy of libwpa_client names its
+    // own with a counter of its own.
+    wpa_ctrl* raw = wpa_ctrl_open2(socket.c_str(), lab);
     if (raw == nullptr) Die("cannot open " + socket);
     for (const char* command : kSetup) Raw(raw, command);
 
@@ -209,13 +212,10 @@ int main(int argc, char** argv) {
                             : outcome.status != 0 ? "status " + std::to_string(outcome.status)
                                                   : Cell(outcome.response);
         named[kind].push_back(std::string("`") + command + "`");
+        const char* lineFeed = reply.empty() ? "" : reply.back() == '\n' ? "yes" : "no";
         rows.push_back("| `" + std::string(command) + "` | " + std::to_string(reply.size()) +
-                       " | " +
-                       (reply.empty()          ? ""
-                        : reply.back() == '\n' ? "yes"
-                                               : "no") +
-                       " | " + (reply.empty() ? "" : Cell(reply)) + " | " + gives + " | " +
-                       kWhat[kind] + " |");
+                       " | " + lineFeed + " | " + (reply.empty() ? "" : Cell(reply)) + " | " +
+                       gives + " | " + kWhat[kind] + " |");
     }
     Raw(raw, "REMOVE_NETWORK all");
     wpa_ctrl_close(raw);
@@ -232,7 +232,7 @@ int main(int argc, char** argv) {
            "`Execute` in direct mode, in a child process. `Execute` receives at most 64 bytes, "
            "drops the last byte received whatever it is, and removes every space; a reply of 0 "
            "bytes ends the process (an unsigned-overflow trap).\n\n",
-           date, argv[3], argv[4]);
+           date, argv[1], argv[2]);
     const char* const kHeadings[] = {
             "End the process (0-byte reply)",
             "Lose their last real byte (no line feed)",

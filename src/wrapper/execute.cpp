@@ -8,7 +8,7 @@
 
 #include "WpaStringUtils.h"
 #include "WpacliWrapper.h"
-#include "log/log.h"
+#include "log/tesmir_log.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include <wpa_ctrl.h>
 
 #include "WpacliWrapper.h"
-#include "log/log.h"
+#include "log/tesmir_log.h"
 
 namespace {
 

@@ -190,10 +190,17 @@ func TestLibraryCompilesWithRttiAndTrappingChecks(t *testing.T) {
 			t.Errorf("compile flags lack the %s sanitizer: %s", want, flags)
 		}
 	}
-	for _, want := range []string{"-fsanitize-cfi-cross-dso", "-fsanitize-trap=all", "-fno-exceptions"} {
+	for _, want := range []string{"-fsanitize-cfi-cross-dso", "-fno-exceptions"} {
 		if !strings.Contains(flags, want) {
 			t.Errorf("compile flags lack %s: %s", want, flags)
 		}
+	}
+	// This Soong puts -fsanitize-trap=all after the minimal runtime's flags, so every check
+	// traps. Android 14 and later put the minimal runtime last: the integer and bounds checks
+	// then abort through it (the host's TESMIR_UBSAN_MINIMAL_RUNTIME build).
+	minimal, trap := strings.Index(flags, "-fsanitize-minimal-runtime"), strings.LastIndex(flags, "-fsanitize-trap=all")
+	if minimal < 0 || trap < minimal {
+		t.Errorf("want the minimal runtime's flags, then -fsanitize-trap=all: %s", flags)
 	}
 	if rtti := regexp.MustCompile(`-f(no-)?rtti`).FindAllString(flags, -1); len(rtti) == 0 ||
 		rtti[len(rtti)-1] != "-frtti" {
@@ -245,6 +252,24 @@ func TestDeviceLinkOnHost(t *testing.T) {
 	sort.Strings(exported)
 	if !reflect.DeepEqual(exported, want) {
 		t.Errorf("exports of the CFI link: %v, want %v", exported, want)
+	}
+}
+
+// The unit test has the defaults' cfi: true, so Soong links it with LTO and CFI, with the
+// --wrap=select its fakes need, and with googletest's CFI variants; the host build links the
+// tests so (unit_tests_lto_cfi_wrapped_select) and runs them.
+func TestUnitTestLinksWithLtoCfiAndWrappedSelect(t *testing.T) {
+	ctx := analyseProject(t)
+	link := ctx.ModuleForTests("libtesmirwpacliwrapper_unit_test", "android_vendor.VER_arm64_armv8-a_cfi").Rule("ld")
+	for _, want := range []string{"-flto", "-fsanitize=cfi", "-fsanitize-cfi-cross-dso", "-Wl,--wrap=select"} {
+		if !strings.Contains(link.Args["ldFlags"], want) {
+			t.Errorf("the unit test's link flags lack %s: %s", want, link.Args["ldFlags"])
+		}
+	}
+	for _, lib := range []string{"libgtest", "libgmock"} {
+		if !strings.Contains(strings.Join(link.Implicits.Strings(), " "), "/"+lib+"/android_vendor.VER_arm64_armv8-a_static_cfi/") {
+			t.Errorf("the unit test does not link the CFI variant of %s", lib)
+		}
 	}
 }
 

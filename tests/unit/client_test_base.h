@@ -16,16 +16,30 @@
 #include "WpacliWrapper.h"
 #include "fakes.h"
 
-// How a trapping sanitizer check ends the process. A trap instruction raises SIGILL on x86-64 and
-// SIGTRAP on arm64; the platform build points traps at its trap function, abort() today.
-inline bool KilledByTrap(int status) {
+// How a check on the library's own arithmetic or indexing ends the process. Built as Soong up to
+// Android 13 builds it, the check traps: SIGILL on x86-64, SIGTRAP on arm64, and abort() where
+// Soong names a trap function. Built as Android 14 and later build it, the UBSan minimal runtime
+// writes "ubsan: <check>" and aborts. On a device either may hold, so both signals do.
+inline bool EndedByCheck(int status) {
     if (!WIFSIGNALED(status)) return false;
 #if defined(__ANDROID__)
     return WTERMSIG(status) == SIGABRT || WTERMSIG(status) == SIGTRAP;
+#elif defined(TESMIR_UBSAN_MINIMAL_RUNTIME)
+    return WTERMSIG(status) == SIGABRT;
 #elif defined(__aarch64__)
     return WTERMSIG(status) == SIGTRAP;
 #else
     return WTERMSIG(status) == SIGILL;
+#endif
+}
+
+// What the check leaves on stderr, as a death-test pattern: a trap leaves nothing.
+inline std::string CheckMessage(const std::string& check) {
+#if defined(TESMIR_UBSAN_MINIMAL_RUNTIME)
+    return "ubsan: " + check;
+#else
+    (void)check;
+    return "";
 #endif
 }
 

@@ -101,8 +101,8 @@ TEST_F(ExecuteTest, waiting_mode_returns_the_event_untouched) {
 }
 
 TEST_F(ExecuteTest, impossible_reply_lengths_end_the_process) {
-    EXPECT_EXIT(Direct("", 0), KilledByTrap, "");
-    EXPECT_EXIT(Direct(std::string(64, 'x'), 65), KilledByTrap, "");
+    EXPECT_EXIT(Direct("", 0), EndedByCheck, CheckMessage("sub-overflow"));
+    EXPECT_EXIT(Direct(std::string(64, 'x'), 65), EndedByCheck, CheckMessage("out-of-bounds"));
 }
 
 }  // namespace

@@ -14,6 +14,7 @@ want=(
     libwpa-client-dev android-liblog-dev
     googletest
     wpasupplicant hostapd iproute2
+    linux-source-6.1 flex bison bc make gcc libc6-dev wireless-regdb
     blueprint-tools binutils file procps g++
     golang-go golang-android-soong-dev golang-github-google-blueprint-dev
     golang-github-golang-protobuf-1-3-dev

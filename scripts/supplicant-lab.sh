@@ -10,7 +10,8 @@
 #   supplicant-lab.sh down DIR              stop everything and remove the namespace
 #   supplicant-lab.sh sweep                 remove labs left behind by crashed runs
 #   supplicant-lab.sh run -- COMMAND...     a lab with the authenticator for COMMAND, which finds
-#                                           it in TESMIR_LAB_DIR; exits 77 where none can be made
+#                                           it in TESMIR_LAB_DIR and TESMIR_LAB_SOCKET (as in
+#                                           radio-lab.sh); exits 77 where none can be made
 #
 # The 802.1X identity is "tesmir" with EAP-MD5 password "tesmir-secret".
 set -euo pipefail
@@ -22,6 +23,8 @@ die() {
     echo "supplicant-lab: $*" >&2
     exit 1
 }
+# shellcheck source=scripts/lab-lib.sh
+. "$(dirname "$0")/lab-lib.sh"
 
 # One namespace per lab directory, named after its whole path: two labs never share one.
 netns_of() { echo "tesmir-lab-$(realpath -m "$1" | md5sum | cut -c1-12)"; }
@@ -39,35 +42,12 @@ check() {
     [ "$ok" -eq 0 ] || die "cannot create a veth pair in a network namespace here"
 }
 
-wait_for_socket() {
-    local socket=$1
-    for _ in $(seq 100); do
-        [ -S "$socket" ] && return 0
-        sleep 0.05
-    done
-    die "no control socket at $socket"
-}
-
 start_supplicant() {
     local ns
     ns=$(netns_of "$dir")
     ip netns exec "$ns" wpa_supplicant -B -D wired -i veth0 -c "$dir/wpa_supplicant.conf" \
         -P "$dir/wpa_supplicant.pid" -f "$dir/wpa_supplicant.log"
     wait_for_socket "$dir/ctrl/veth0"
-}
-
-stop_pidfile() {
-    local pidfile=$1
-    [ -f "$pidfile" ] || return 0
-    local pid
-    pid=$(cat "$pidfile")
-    rm -f "$pidfile"
-    kill "$pid" 2>/dev/null || return 0
-    for _ in $(seq 100); do
-        kill -0 "$pid" 2>/dev/null || return 0
-        sleep 0.05
-    done
-    kill -9 "$pid" 2>/dev/null || true
 }
 
 up() {
@@ -127,7 +107,7 @@ run() {
     dir=$(mktemp -d /tmp/tesmir-lab.XXXXXX)
     trap 'down; rm -rf "$dir"' EXIT
     up --hostapd >/dev/null
-    TESMIR_LAB_DIR=$dir "$@"
+    TESMIR_LAB_DIR=$dir TESMIR_LAB_SOCKET=$dir/ctrl/veth0 "$@"
 }
 
 case "$cmd" in

@@ -1,0 +1,79 @@
+#!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
+# Copyright 2026 The libtesmirwpacliwrapper Authors
+#
+# The radio lab's first process, inside the User-Mode Linux kernel that radio-lab.sh boots on the
+# host's root (read-only). Makes the writable places the daemons need, starts the access points
+# and the station, runs the job radio-lab.sh left in TESMIR_SHARE, writes its exit status there
+# and powers off. Everything it prints goes to the host's standard output.
+export PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin
+export TMPDIR=/tmp
+share=${TESMIR_SHARE:?}
+
+die() {
+    echo "radio-lab (inside): $*" >&2
+    finish 1
+}
+
+# Daemons first: powering off under a running supplicant ends the kernel with SIGABRT.
+finish() {  # status
+    echo "$1" >"$share/status.new" && mv "$share/status.new" "$share/status"
+    stop_pidfile "$lab/wpa_supplicant.pid"
+    stop_pidfile "$lab/hostapd.pid"
+    cp "$lab"/*.log "$share/" 2>/dev/null
+    sync
+    echo o >/proc/sysrq-trigger
+    sleep 10
+}
+
+mount -t proc proc /proc
+mount -t sysfs sysfs /sys
+mountpoint -q /dev || mount -t devtmpfs devtmpfs /dev
+mount -t tmpfs tmpfs /tmp
+mount -t tmpfs tmpfs /run
+# The share, writable; and the project again where the tmpfs on /tmp hides it.
+mount -t hostfs none "$share" -o "$share"
+case $TESMIR_ROOT in /tmp/*)
+    mkdir -p "$TESMIR_ROOT"
+    mount -t hostfs none "$TESMIR_ROOT" -o "$TESMIR_ROOT"
+    ;;
+esac
+# shellcheck source=scripts/lab-lib.sh
+. "$TESMIR_ROOT/scripts/lab-lib.sh"
+lab=/run/lab
+mkdir -p "$lab"
+: >"$share/booted"
+ip link set lo up
+
+# One access point per radio; hwsim gives radio N the address 02:00:00:00:0N:00.
+ap() {  # interface channel ssid [settings...]
+    local conf=$lab/hostapd-$1.conf
+    printf '%s\n' "interface=$1" driver=nl80211 "ctrl_interface=$lab/hostapd" hw_mode=g \
+        "channel=$2" "ssid=$3" "${@:4}" >"$conf"
+    echo "$conf"
+}
+psk=(wpa=2 wpa_key_mgmt=WPA-PSK rsn_pairwise=CCMP wpa_passphrase=tesmir-passphrase)
+sae=(wpa=2 wpa_key_mgmt=SAE rsn_pairwise=CCMP ieee80211w=2 sae_password=tesmir-passphrase)
+confs=(
+    "$(ap wlan1 1 tesmir "${psk[@]}")"
+    "$(ap wlan2 6 tesmir "${psk[@]}")"
+    "$(ap wlan3 11 tesmir-sae "${sae[@]}")"
+    "$(ap wlan4 11 tesmir-open)"
+)
+hostapd -B -P "$lab/hostapd.pid" -f "$lab/hostapd.log" "${confs[@]}" || die "hostapd did not start"
+for ap in wlan1 wlan2 wlan3 wlan4; do
+    wait_for_socket "$lab/hostapd/$ap"
+    for _ in $(seq 100); do
+        hostapd_cli -p "$lab/hostapd" -i "$ap" status 2>/dev/null | grep -qx state=ENABLED && break
+        sleep 0.05
+    done
+done
+
+printf '%s\n' "ctrl_interface=$lab/ctrl" ap_scan=1 p2p_disabled=1 >"$lab/wpa_supplicant.conf"
+wpa_supplicant -B -D nl80211 -i wlan0 -c "$lab/wpa_supplicant.conf" -P "$lab/wpa_supplicant.pid" \
+    -f "$lab/wpa_supplicant.log" || die "wpa_supplicant did not start"
+wait_for_socket "$lab/ctrl/wlan0"
+
+export TESMIR_LAB_DIR=$lab TESMIR_LAB_SOCKET=$lab/ctrl/wlan0
+bash "$share/job" </dev/null
+finish $?

@@ -3,12 +3,12 @@
 # Copyright 2026 The libtesmirwpacliwrapper Authors
 #
 # Checks tesmir-wpacli's arguments, exit codes and output against the real supplicant of the lab it
-# runs in (scripts/supplicant-lab.sh run).
+# runs in (scripts/radio-lab.sh run).
 #   tesmir_wpacli_test.sh WPACLI_HOST [EMULATOR]
 set -uo pipefail
 # shellcheck disable=SC2206 # the emulator, when there is one, runs the host
 host=(${2:-} "$1")
-socket=${TESMIR_LAB_DIR:?run it through scripts/supplicant-lab.sh run}/ctrl/veth0
+socket=${TESMIR_LAB_SOCKET:?run it through scripts/radio-lab.sh run}
 failures=0
 
 expect() {  # description expected-exit expected-stdout-regex tesmir-wpacli-arguments...

@@ -68,9 +68,9 @@ run() {  # seconds command...
     set +e
     timeout -k 5 "$seconds" "$linux" mem=512M uml_dir="$share/uml" umid=tesmir \
         root=none rootfstype=hostfs rootflags=/ ro init="$here/radio-lab/inside.sh" \
-        con=null con0=null,fd:1 quiet time-travel=inf-cpu \
+        con=null con1=null,fd:1 con2=null,fd:2 quiet time-travel=inf-cpu \
         mac80211_hwsim.radios=5 mac80211_hwsim.support_p2p_device=0 \
-        TESMIR_SHARE="$share" TESMIR_ROOT="$root" </dev/null 2>&1
+        TESMIR_SHARE="$share" TESMIR_ROOT="$root" </dev/null
     status=$?
     set -e
     if [ ! -f "$share/booted" ]; then
@@ -86,7 +86,7 @@ run() {  # seconds command...
     if [ "$status" -ne 0 ]; then
         for log in "$share"/*.log; do
             [ -f "$log" ] && echo "--- last lines of $(basename "$log")" && tail -n 15 "$log"
-        done
+        done >&2
     fi
     return "$status"
 }

@@ -5,8 +5,11 @@
 # The radio lab's first process, inside the User-Mode Linux kernel that radio-lab.sh boots on the
 # host's root (read-only). Makes the writable places the daemons need, starts the access points
 # and the station, runs the job radio-lab.sh left in TESMIR_SHARE, writes its exit status there
-# and powers off. Everything it prints goes to the host's standard output.
+# and powers off. What the job prints goes to the host's standard output and error.
 export PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin
+# The host's standard output and error are lines 1 and 2 of UML's console (con1, con2); the
+# kernel's own messages go to its standard error.
+exec >/dev/tty1 2>/dev/tty2
 export TMPDIR=/tmp
 share=${TESMIR_SHARE:?}
 

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright 2026 The libtesmirwpacliwrapper Authors
 
-// tesmir-command-survey: sends the commands of wpa_cli that only read state to a real supplicant,
-// once raw through libwpa_client and once through Execute in direct mode, and prints as Markdown
-// what a host gets back. Each Execute runs in a child process: an empty reply ends the process
-// that receives it. Run by scripts/command-survey.sh, which writes docs/COMMANDS.md, beside the
-// lab that TESMIR_LAB_DIR names (scripts/supplicant-lab.sh run).
-//   tesmir-command-survey SUPPLICANT_VERSION DRIVER
+// tesmir-command-survey: sends the commands of wpa_cli that only read state to a real supplicant
+// on a radio, in the three states a station lives in (nothing scanned, scanned, connected), once
+// raw through libwpa_client and once through Execute in direct mode, and prints as Markdown what
+// a host gets back; then what waiting mode returns on the flows a host starts. Each direct
+// Execute runs in a child process: an empty reply ends the process that receives it.
+// Run by scripts/command-survey.sh, which writes docs/COMMANDS.md, inside the radio lab
+// (scripts/radio-lab.sh run), whose station and access points it expects.
+//   tesmir-command-survey SUPPLICANT_VERSION
 
 #include <stddef.h>
 #include <stdio.h>
@@ -17,6 +19,7 @@
 #include <unistd.h>
 
 #include <memory>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -24,10 +27,11 @@
 #include <wpa_ctrl.h>
 
 #include "WpacliWrapper.h"
+#include "recipes.h"
 
 namespace {
 
-// With the arguments a user would pass; the network read is the lab's own, set up below.
+// With the arguments a user would pass; network 0 is the lab's "tesmir", set up below.
 const char* const kCommands[] = {"PING",
                                  "IFNAME",
                                  "STATUS",
@@ -39,8 +43,8 @@ const char* const kCommands[] = {"PING",
                                  "LIST_NETWORKS",
                                  "GET_NETWORK 0 ssid",
                                  "GET_NETWORK 0 key_mgmt",
-                                 "GET_NETWORK 0 eap",
-                                 "GET_NETWORK 0 identity",
+                                 "GET_NETWORK 0 psk",
+                                 "GET_NETWORK 0 scan_freq",
                                  "GET_NETWORK 0 priority",
                                  "GET_NETWORK 0 disabled",
                                  "GET_NETWORK 0 bssid",
@@ -49,7 +53,6 @@ const char* const kCommands[] = {"PING",
                                  "GET ap_scan",
                                  "GET country",
                                  "LIST_CREDS",
-                                 "GET_CRED 0 realm",
                                  "LOG_LEVEL",
                                  "DRIVER_FLAGS",
                                  "DRIVER_FLAGS2",
@@ -59,13 +62,17 @@ const char* const kCommands[] = {"PING",
                                  "SCAN_RESULTS",
                                  "BSS FIRST",
                                  "BSS LAST",
-                                 "BSS 0",
+                                 "BSS FIRST MASK=0x87",
+                                 "BSS LAST MASK=0x1",
+                                 "BSS ID-1000",
                                  "BSS RANGE=ALL",
+                                 "BSS RANGE=1000-1001",
+                                 "BSS 02:00:00:00:01:00",
                                  "BSS 00:11:22:33:44:55",
                                  "SIGNAL_POLL",
                                  "PKTCNT_POLL",
                                  "WMM_AC_STATUS",
-                                 "TDLS_LINK_STATUS 00:11:22:33:44:55",
+                                 "TDLS_LINK_STATUS 02:00:00:00:01:00",
                                  "GET_PREF_FREQ_LIST STATION",
                                  "RADIO_WORK show",
                                  "VENDOR_ELEM_GET 0",
@@ -93,14 +100,47 @@ const char* const kCommands[] = {"PING",
                                  "GET_CAPABILITY fils",
                                  "GET_CAPABILITY ocv"};
 
-// The lab's network 0, so that GET_NETWORK has something to read.
-const char* const kSetup[] = {"REMOVE_NETWORK all",
-                              "ADD_NETWORK",
-                              "SET_NETWORK 0 ssid \"tesmir-lab\"",
-                              "SET_NETWORK 0 key_mgmt IEEE8021X",
-                              "SET_NETWORK 0 eap MD5",
-                              "SET_NETWORK 0 identity \"tesmir\"",
-                              "SET_NETWORK 0 priority 5"};
+// Network 0: the lab's WPA2 network, on its first access point's channel; enabled only to
+// connect.
+const char* const kNetwork[] = {"REMOVE_NETWORK all",
+                                "BSS_FLUSH 0",
+                                "ADD_NETWORK",
+                                "SET_NETWORK 0 ssid \"tesmir\"",
+                                "SET_NETWORK 0 key_mgmt WPA-PSK",
+                                "SET_NETWORK 0 psk \"tesmir-passphrase\"",
+                                "SET_NETWORK 0 scan_freq 2412",
+                                "SET_NETWORK 0 priority 5"};
+
+// The flows a host starts, in order from connected: the command, and the event that ends it.
+struct Flow {
+    const char* command;
+    const char* pattern;
+    // What the event announces, read with a direct query once events have stopped.
+    bool (*happened)(WpacliWrapper& client);
+};
+
+bool Associated(WpacliWrapper& client) {
+    return recipes::CurrentBssid(client, nullptr);
+}
+
+bool With(WpacliWrapper& client, const char* bssid) {
+    std::string now;
+    return recipes::CurrentBssid(client, &now) && now == bssid;
+}
+
+const Flow kFlows[] = {
+        {"SCAN freq=2412,2437,2462", "CTRL-EVENT-SCAN-RESULTS", Associated},
+        {"DISCONNECT", "CTRL-EVENT-DISCONNECTED",
+         [](WpacliWrapper& client) { return !Associated(client); }},
+        {"RECONNECT", "CTRL-EVENT-CONNECTED", Associated},
+        {"ROAM 02:00:00:00:02:00", "CTRL-EVENT-CONNECTED",
+         [](WpacliWrapper& client) { return With(client, "02:00:00:00:02:00"); }},
+        {"ROAM 02:00:00:00:01:00", "CTRL-EVENT-CONNECTED",
+         [](WpacliWrapper& client) { return With(client, "02:00:00:00:01:00"); }},
+};
+
+const char* const kStates[] = {"not scanned", "scanned", "connected"};
+constexpr size_t kStateCount = 3;
 
 // A survey with a hole in it would mislead: any failure of our own ends it.
 [[noreturn]] void Die(const std::string& what) {
@@ -156,7 +196,7 @@ Outcome ThroughExecute(const std::string& socket, const std::string& command) {
 }
 
 // In a table cell: C escapes, '|' escaped, at most |max| bytes shown.
-std::string Cell(const std::string& bytes, size_t max = 40) {
+std::string Cell(const std::string& bytes, size_t max = 32) {
     std::string cell;
     for (size_t i = 0; i < bytes.size() && i < max; ++i) {
         const unsigned char c = bytes[i];
@@ -179,43 +219,122 @@ std::string Cell(const std::string& bytes, size_t max = 40) {
 
 enum Kind { kEndsProcess, kLosesByte, kCut, kWhole, kKinds };
 
+struct Measure {
+    std::string raw;
+    Outcome outcome;
+    Kind kind = kWhole;
+};
+
 Kind KindOf(const std::string& raw, const Outcome& outcome) {
     if (outcome.signal != 0) return kEndsProcess;
     if (raw.size() > 64) return kCut;
     return !raw.empty() && raw.back() == '\n' ? kWhole : kLosesByte;
 }
 
+std::vector<Measure> Survey(wpa_ctrl* raw, const std::string& socket) {
+    std::vector<Measure> measures;
+    for (const char* command : kCommands) {
+        Measure measure;
+        measure.raw = Raw(raw, command);
+        measure.outcome = ThroughExecute(socket, command);
+        measure.kind = KindOf(measure.raw, measure.outcome);
+        measures.push_back(measure);
+    }
+    return measures;
+}
+
+std::string CellOf(const Measure& m) {
+    const std::string size = std::to_string(m.raw.size()) + " B";
+    switch (m.kind) {
+        case kEndsProcess:
+            return size + ": **ends the process** (" + strsignal(m.outcome.signal) + ")";
+        case kLosesByte:
+            return size + ", no `\\n`: **last byte lost**, " + Cell(m.outcome.response);
+        case kCut:
+            return size + ": cut, " + Cell(m.outcome.response);
+        default:
+            return m.outcome.status != 0 ? size + ": status " + std::to_string(m.outcome.status)
+                                         : size + ": " + Cell(m.outcome.response);
+    }
+}
+
+// "`A`, `B` (scanned, connected)": the commands of one kind, with the states where it held
+// unless it held in all.
+std::string Named(const std::vector<Measure> (&states)[kStateCount], Kind kind) {
+    std::string list;
+    for (size_t i = 0; i < std::size(kCommands); ++i) {
+        std::string where;
+        size_t count = 0;
+        for (size_t s = 0; s < kStateCount; ++s) {
+            if (states[s][i].kind != kind) continue;
+            where += std::string(count++ == 0 ? "" : ", ") + kStates[s];
+        }
+        if (count == 0) continue;
+        list += std::string(list.empty() ? "" : ", ") + "`" + kCommands[i] + "`";
+        if (count < kStateCount) list += " (" + where + ")";
+    }
+    return list.empty() ? "none" : list;
+}
+
+// Whether every value of a family (commands beginning with |prefix|) comes without a line feed.
+std::string FamilyLineFeeds(const std::vector<Measure> (&states)[kStateCount], const char* prefix) {
+    size_t values = 0, withLineFeed = 0;
+    for (size_t i = 0; i < std::size(kCommands); ++i) {
+        if (strncmp(kCommands[i], prefix, strlen(prefix)) != 0) continue;
+        for (const std::vector<Measure>& measures : states) {
+            const std::string& raw = measures[i].raw;
+            if (raw.empty() || raw.rfind("FAIL", 0) == 0) continue;
+            ++values;
+            withLineFeed += raw.back() == '\n';
+        }
+    }
+    return std::to_string(withLineFeed) + " of " + std::to_string(values);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     const char* lab = getenv("TESMIR_LAB_DIR");
-    if (argc != 3 || lab == nullptr) {
-        fprintf(stderr, "usage: TESMIR_LAB_DIR=DIR tesmir-command-survey VERSION DRIVER\n");
+    const char* socketEnv = getenv("TESMIR_LAB_SOCKET");
+    if (argc != 2 || lab == nullptr || socketEnv == nullptr) {
+        fprintf(stderr, "usage: run in scripts/radio-lab.sh: tesmir-command-survey VERSION\n");
         return 64;
     }
-    const std::string socket = std::string(lab) + "/ctrl/veth0";
+    const std::string socket = socketEnv;
     // Client socket in the lab, not in /tmp, where the library's copy of libwpa_client names its
     // own with a counter of its own.
     wpa_ctrl* raw = wpa_ctrl_open2(socket.c_str(), lab);
     if (raw == nullptr) Die("cannot open " + socket);
-    for (const char* command : kSetup) Raw(raw, command);
+    for (const char* command : kNetwork) Raw(raw, command);
+    std::unique_ptr<WpacliWrapper> client(GetWpacliWrapperHandle());
+    if (client->Open(socket) != 0) Die("cannot open " + socket);
 
-    std::vector<std::string> rows;
-    std::vector<std::string> named[kKinds];
-    for (const char* command : kCommands) {
-        const std::string reply = Raw(raw, command);
-        const Outcome outcome = ThroughExecute(socket, command);
-        const Kind kind = KindOf(reply, outcome);
-        static const char* const kWhat[] = {"**ends the process**", "**last real byte lost**",
-                                            "cut to 63 bytes", "line feed dropped"};
-        std::string gives = outcome.signal != 0   ? strsignal(outcome.signal)
-                            : outcome.status != 0 ? "status " + std::to_string(outcome.status)
-                                                  : Cell(outcome.response);
-        named[kind].push_back(std::string("`") + command + "`");
-        const char* lineFeed = reply.empty() ? "" : reply.back() == '\n' ? "yes" : "no";
-        rows.push_back("| `" + std::string(command) + "` | " + std::to_string(reply.size()) +
-                       " | " + lineFeed + " | " + (reply.empty() ? "" : Cell(reply)) + " | " +
-                       gives + " | " + kWhat[kind] + " |");
+    std::vector<Measure> states[kStateCount];
+    states[0] = Survey(raw, socket);
+    if (!recipes::Scan(*client, "2412,2437,2462")) Die("the scan did not complete");
+    states[1] = Survey(raw, socket);
+    if (!recipes::Command(*client, "SELECT_NETWORK 0") ||
+        !recipes::WaitForEvent(*client, "CTRL-EVENT-CONNECTED", 30, nullptr,
+                               [&client] { return Associated(*client); })) {
+        Die("no connection to network 0");
+    }
+    states[2] = Survey(raw, socket);
+
+    std::vector<std::string> flows;
+    for (const Flow& flow : kFlows) {
+        std::string response, event;
+        const int32_t status = client->Execute(flow.command, flow.pattern, response, true);
+        const bool matched = status == 0 && std::regex_search(response, std::regex(flow.pattern));
+        const bool done = matched || recipes::WaitForEvent(*client, flow.pattern, 30, &event,
+                                                           [&] { return flow.happened(*client); });
+        if (!done) Die(std::string("no end to ") + flow.command);
+        flows.push_back("| `" + std::string(flow.command) + "` | `" + flow.pattern + "` | " +
+                        (status == 0 ? Cell(response, 60) : "status " + std::to_string(status)) +
+                        " | " + (matched ? "yes" : "no") + " | " +
+                        (matched         ? ""
+                         : event.empty() ? "lost; the state shows it"
+                                         : "yes") +
+                        " |");
     }
     Raw(raw, "REMOVE_NETWORK all");
     wpa_ctrl_close(raw);
@@ -225,32 +344,52 @@ int main(int argc, char** argv) {
     strftime(date, sizeof(date), "%Y-%m-%d", gmtime(&now));
     printf("<!-- SPDX-License-Identifier: Apache-2.0 -->\n"
            "<!-- Generated by scripts/command-survey.sh; do not edit by hand. -->\n\n"
-           "# What Execute gives back, command by command\n\n"
-           "Measured on %s against wpa_supplicant %s with the %s driver, in the lab of "
-           "`scripts/supplicant-lab.sh` (one network configured, nothing scanned). Each command "
-           "was sent twice: raw, through libwpa_client with a 16 KiB reply buffer, and through "
-           "`Execute` in direct mode, in a child process. `Execute` receives at most 64 bytes, "
-           "drops the last byte received whatever it is, and removes every space; a reply of 0 "
-           "bytes ends the process (an unsigned-overflow trap).\n\n",
-           date, argv[1], argv[2]);
+           "# What Execute gives back, command by command, on a radio\n\n"
+           "Measured on %s against wpa_supplicant %s with the nl80211 driver, as devices run "
+           "it: a station on a mac80211_hwsim radio in the User-Mode Linux kernel of "
+           "`scripts/radio-lab.sh`, beside hostapd access points (`tesmir`, WPA2-PSK, on 2412 and "
+           "2437 MHz; `tesmir-sae` and `tesmir-open` on 2462 MHz). Network 0 is `tesmir`. Each "
+           "command was sent in three states: **not scanned** (no BSS held), **scanned** (after "
+           "a scan of the three channels) and **connected** (to network 0). In each it was sent "
+           "raw, through libwpa_client with a 16 KiB reply buffer, and through `Execute` in "
+           "direct mode, in a child process. `Execute` receives at most 64 bytes, drops the last "
+           "byte received whatever it is, and removes every space; a reply of 0 bytes ends the "
+           "process (an unsigned-overflow check).\n\n",
+           date, argv[1]);
     const char* const kHeadings[] = {
             "End the process (0-byte reply)",
             "Lose their last real byte (no line feed)",
             "Cut to 63 bytes (longer than 64 bytes)",
     };
     for (int kind = kEndsProcess; kind < kWhole; ++kind) {
-        printf("**%s:** ", kHeadings[kind]);
-        for (size_t i = 0; i < named[kind].size(); ++i) {
-            printf("%s%s", i == 0 ? "" : ", ", named[kind][i].c_str());
-        }
-        printf("%s.\n\n", named[kind].empty() ? "none" : "");
+        printf("**%s:** %s.\n\n", kHeadings[kind], Named(states, static_cast<Kind>(kind)).c_str());
     }
-    printf("The wired driver cannot scan: `SCAN_RESULTS` gives only its header and every `BSS` "
-           "query is empty here. On a radio, `BSS` entries and scan results are longer than 64 "
-           "bytes and come back cut; `BSS` of an entry that is not there (after a flush, or an "
-           "index past the last) stays empty and ends the process.\n\n"
-           "| command | bytes | ends in `\\n` | raw reply | `Execute` gives | what happens |\n"
-           "|---|---|---|---|---|---|\n");
-    for (const std::string& row : rows) printf("%s\n", row.c_str());
+    printf("**Families.** `GET_NETWORK <id> <field>` and `GET <name>` values come without a line "
+           "feed (values with one here: %s and %s), so each loses its last real byte: `5` "
+           "comes back empty, `\"tesmir\"` as `\"tesmir`. Their `FAIL` replies keep their line "
+           "feed. Every `BSS` query of an entry that is not held is empty: before any scan, an "
+           "id past the last, a range out of range, a BSSID not seen. `BSS` with `MASK=` "
+           "selects the fields that fit (`0x87`: id, bssid, freq, level).\n\n",
+           FamilyLineFeeds(states, "GET_NETWORK ").c_str(),
+           FamilyLineFeeds(states, "GET ").c_str());
+
+    printf("## Waiting mode on the flows a host starts\n\n"
+           "From connected, in this order, `Execute(command, pattern, response, true)`; then, "
+           "where that was not the awaited event, waiting-mode calls on `PING` until it came "
+           "(`recipes::WaitForEvent`), or until 3 s without events and a direct query showed "
+           "what it announces: the event was then sent between two calls, and lost. Which early "
+           "event comes first, and which events are lost, vary from run to run; that the awaited "
+           "one does not come first, where the table says no, does not.\n\n"
+           "| command | pattern | `Execute` returned, status 0 | matched | the event, later |\n"
+           "|---|---|---|---|---|\n");
+    for (const std::string& flow : flows) printf("%s\n", flow.c_str());
+
+    printf("\n## Command by command\n\n"
+           "Bytes of the raw reply, then what `Execute` gives.\n\n"
+           "| command | not scanned | scanned | connected |\n|---|---|---|---|\n");
+    for (size_t i = 0; i < std::size(kCommands); ++i) {
+        printf("| `%s` | %s | %s | %s |\n", kCommands[i], CellOf(states[0][i]).c_str(),
+               CellOf(states[1][i]).c_str(), CellOf(states[2][i]).c_str());
+    }
     return 0;
 }

@@ -2,9 +2,11 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright 2026 The libtesmirwpacliwrapper Authors
 #
-# The main job, end to end: installs what is missing, builds, starts a real wpa_supplicant and an
-# 802.1X authenticator in a throwaway network namespace, and drives the supplicant through
-# tesmir-wpacli (the library's command-line tool). Needs root. Cleans up after itself.
+# The main job, end to end, on a real 802.11 stack: installs what is missing (as root), builds,
+# boots the radio lab (scripts/radio-lab.sh: wpa_supplicant on nl80211 over a simulated radio,
+# beside hostapd access points) and, inside it, scans, connects to the lab's WPA2 network and
+# shows the connection and its signal through tesmir-wpacli, the library's command-line tool.
+# Leaves nothing running.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -17,49 +19,77 @@ run() {
     "$@"
 }
 
-say "Installing what is missing"
-scripts/install-deps.sh
+if [ "${1:-}" = --inside ]; then
+    wpacli=$2 recipes=$3
+    socket=$TESMIR_LAB_SOCKET
+    # Waiting mode prints the first event to come (exit 5 when it does not match REGEX): call
+    # again until the awaited one comes (exit 0), or until 3 s pass without events (exit 22).
+    # An event sent between two calls is lost; what it announces is then read directly.
+    wait_for() {  # regex
+        local status
+        for _ in $(seq 20); do
+            status=0
+            run "$wpacli" -p "$socket" -w "$1" PING || status=$?
+            [ "$status" -eq 5 ] || break
+        done
+    }
 
-say "Building the library and tesmir-wpacli"
+    say "Direct mode: the reply, last byte cut and spaces removed (at most 63 bytes)"
+    run "$wpacli" -p "$socket" PING
+    echo "On nl80211 this reply has no line feed: the cut takes its last real byte (TKIP)"
+    run "$wpacli" -p "$socket" GET_CAPABILITY pairwise
+
+    say "Scan the lab's three channels"
+    echo "Waiting mode on SCAN hands back the scan's first event, not its results (exit 5)"
+    run "$wpacli" -p "$socket" -w CTRL-EVENT-SCAN-RESULTS SCAN freq=2412,2437,2462 || true
+    wait_for CTRL-EVENT-SCAN-RESULTS
+    echo "SCAN_RESULTS is longer than 63 bytes: a host sees its header and a piece of one line"
+    run "$wpacli" -p "$socket" SCAN_RESULTS
+    echo "A BSS query narrowed with MASK= fits (0x87: id, bssid, freq, level)"
+    run "$wpacli" -p "$socket" BSS FIRST MASK=0x87
+    echo "The list recipe reads every BSS that way (examples/recipes)"
+    run "$recipes" "$socket" list
+
+    say "Connect to the WPA2 network \"tesmir\""
+    run "$wpacli" -p "$socket" -w NETWORK-ADDED ADD_NETWORK
+    run "$wpacli" -p "$socket" SET_NETWORK 0 ssid '"tesmir"'
+    run "$wpacli" -p "$socket" SET_NETWORK 0 psk '"tesmir-passphrase"'
+    run "$wpacli" -p "$socket" SET_NETWORK 0 scan_freq 2412
+    echo "Waiting mode on SELECT_NETWORK hands back an early event of the connection (exit 5)"
+    run "$wpacli" -p "$socket" -w CTRL-EVENT-CONNECTED SELECT_NETWORK 0 || true
+    wait_for CTRL-EVENT-CONNECTED
+
+    say "The connection and its signal"
+    echo "STATUS begins with the BSS when connected; wpa_state comes too late to fit"
+    run "$wpacli" -p "$socket" STATUS
+    run "$wpacli" -p "$socket" SIGNAL_POLL
+    run "$wpacli" -p "$socket" LIST_NETWORKS
+    run "$recipes" "$socket" status
+
+    say "The same, with every log bit set (the host's liblog writes to stderr)"
+    run "$wpacli" -p "$socket" -m 0x0f SIGNAL_POLL
+
+    say "Disconnect: its event is the first to come, so one waiting call takes it"
+    run "$wpacli" -p "$socket" -w CTRL-EVENT-DISCONNECTED -k DISCONNECTED DISCONNECT
+
+    say "A failure: no event arrives within 3 s (exit status 22 = EINVAL)"
+    status=0
+    run "$wpacli" -p "$socket" -w NEVER PING || status=$?
+    echo "exit status $status"
+    exit 0
+fi
+
+if [ "$(id -u)" -eq 0 ]; then
+    say "Installing what is missing"
+    scripts/install-deps.sh
+fi
+
+say "Building the library, tesmir-wpacli and the recipes"
 cmake -S . -B build-demo -G Ninja -DTESMIR_BUILD_TESTS=OFF >/dev/null
-cmake --build build-demo --target tesmir-wpacli >/dev/null
-host=build-demo/tools/tesmir-wpacli
+cmake --build build-demo --target tesmir-wpacli tesmir-recipes >/dev/null
 
-say "Starting wpa_supplicant (wired driver) and hostapd (802.1X, EAP-MD5) in a namespace"
-scripts/supplicant-lab.sh check
-lab=$(mktemp -d /tmp/tesmir-lab.XXXXXX)
-trap 'say "Cleaning up"; scripts/supplicant-lab.sh down "$lab"; rm -rf "$lab"; echo done' EXIT
-socket=$(scripts/supplicant-lab.sh up "$lab" --hostapd)
-echo "control socket: $socket"
-
-say "Direct mode: the reply, last byte cut and spaces removed (at most 63 bytes)"
-run "$host" -p "$socket" PING
-run "$host" -p "$socket" GET_CAPABILITY eap
-
-say "Waiting mode: add a network and wait for its event"
-run "$host" -p "$socket" -w NETWORK-ADDED ADD_NETWORK
-for setting in "key_mgmt IEEE8021X" "eap MD5" 'identity "tesmir"' 'password "tesmir-secret"' \
-    "eapol_flags 0"; do
-    # shellcheck disable=SC2086 # the words of a setting are separate arguments
-    run "$host" -p "$socket" SET_NETWORK 0 $setting
-done
-
-say "Enable it: the first event of the 802.1X exchange, taken apart with -k"
-run "$host" -p "$socket" -w '^<3>Associated with' -k with ENABLE_NETWORK 0
-
-say "The supplicant's state once the exchange is done"
-for _ in $(seq 50); do
-    state=$(wpa_cli -p "$(dirname "$socket")" -i veth0 status | grep '^wpa_state=' || true)
-    [ "$state" = "wpa_state=COMPLETED" ] && break
-    sleep 0.1
-done
-echo "${state:-wpa_state unknown} (read with wpa_cli and a full-size buffer)"
-
-say "The same, with every log bit set (the host's liblog writes to stderr)"
-run "$host" -p "$socket" -m 0x0f -w NETWORK-ADDED ADD_NETWORK
-
-say "A failure: no event arrives within 3 s (exit status 22 = EINVAL)"
-set +e
-run "$host" -p "$socket" -w NEVER PING
-echo "exit status $?"
-set -e
+say "Booting the radio lab: wpa_supplicant (nl80211) and four hostapd access points"
+scripts/radio-lab.sh check
+scripts/radio-lab.sh run -- scripts/demo.sh --inside "$PWD/build-demo/tools/tesmir-wpacli" \
+    "$PWD/build-demo/examples/tesmir-recipes"
+say "The lab has powered off; nothing is left running"

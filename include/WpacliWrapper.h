@@ -43,11 +43,14 @@ class TESMIR_EXPORT WpacliWrapper {
     //
     // wait == false: |response| receives the direct reply, at most 63 bytes, with its last byte
     // dropped unseen and every space removed. The dropped byte is the line feed of most replies;
-    // replies without one lose a real byte (IFNAME gives "veth" for veth0, GET_NETWORK 0 ssid
-    // gives "\"home" for "home"). A reply of 0 bytes ends the process (a trap): the supplicant
-    // sends one for BSS of an entry it does not hold, an empty BSSID_IGNORE list, RADIO_WORK show
-    // and several GET_CAPABILITY fields. docs/COMMANDS.md lists what each command gives, as
-    // measured against wpa_supplicant 2.10.
+    // replies without one lose a real byte: IFNAME gives "wlan" for wlan0, every GET_NETWORK and
+    // GET value loses its last byte ("\"home" for "home"), and so do several GET_CAPABILITY
+    // fields. Longer replies are cut: connected, STATUS ends before its wpa_state line. A reply
+    // of 0 bytes ends the process: the supplicant sends one for BSS of an entry it does not hold
+    // (any BSS query before a scan, an id past the last), BSSID_IGNORE when empty,
+    // INTERFACE_LIST, RADIO_WORK show, VENDOR_ELEM_GET and WFD_SUBELEM_GET. docs/COMMANDS.md
+    // lists what each command gives on nl80211, measured against wpa_supplicant 2.10;
+    // examples/recipes shows queries that fit.
     // wait == true: the direct reply is ignored and |response| receives what GetResponse()
     // returns for |pattern|.
     //
@@ -65,11 +68,16 @@ class TESMIR_EXPORT WpacliWrapper {
     // needs the match must check |response|. Returns -22 on time-out or receive failure, or the
     // negative result of select() or wpa_ctrl_pending(), leaving |response| untouched.
     //
+    // On real flows the awaited event seldom comes first: waiting mode on SCAN returns
+    // CTRL-EVENT-SCAN-STARTED, on SELECT_NETWORK, RECONNECT or ROAM an early event of the
+    // connection, not CTRL-EVENT-CONNECTED; DISCONNECT gets its own event.
+    //
     // An event is at most 512 bytes. Each event after the first of one call is received into at
-    // most as many bytes as the one before it, and cut there: a 36-byte first event cuts the next
-    // to 36 bytes. Events reach the event connection only while it is attached, which is only
-    // inside Execute(): called on its own, this sees only events left queued by an earlier call.
-    // A malformed |pattern| aborts the process once an event has arrived.
+    // most as many bytes as the one before it, and cut there: after a 36-byte first event,
+    // "<3>CTRL-EVENT-CONNECTED - Connection" is all of the next. Events reach the event
+    // connection only while it is attached, which is only inside Execute(): called on its own,
+    // this sees only events left queued by an earlier call, and an event sent between two calls
+    // is lost. A malformed |pattern| aborts the process once an event has arrived.
     int32_t GetResponse(const std::string& pattern, std::string& response);
 
   private:

@@ -128,22 +128,23 @@ bool Connect(WpacliWrapper& client, const std::string& ssid, Security security,
     std::vector<std::string> settings = {"ssid \"" + ssid + "\""};
     switch (security) {
         case Security::kOpen:
-            settings.push_back("key_mgmt NONE");
+            settings.emplace_back("key_mgmt NONE");
             break;
         case Security::kWpa2Psk:
-            settings.push_back("key_mgmt WPA-PSK");
+            settings.emplace_back("key_mgmt WPA-PSK");
             settings.push_back("psk \"" + passphrase + "\"");
             break;
         case Security::kWpa3Sae:
-            settings.push_back("key_mgmt SAE");
-            settings.push_back("ieee80211w 2");
+            settings.emplace_back("key_mgmt SAE");
+            settings.emplace_back("ieee80211w 2");
             settings.push_back("sae_password \"" + passphrase + "\"");
             break;
     }
     // A full scan of every channel takes seconds; the network's own channels take a fraction.
     if (!freqs.empty()) settings.push_back("scan_freq " + freqs);
+    const std::string set = "SET_NETWORK " + id + " ";
     for (const std::string& setting : settings) {
-        if (!Command(client, "SET_NETWORK " + id + " " + setting)) return false;
+        if (!Command(client, set + setting)) return false;
     }
     if (!Command(client, "SELECT_NETWORK " + id)) return false;
     // A wrong passphrase ends in SSID-TEMP-DISABLED, after which the supplicant retries later.

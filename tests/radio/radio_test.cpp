@@ -51,8 +51,9 @@ class RadioTest : public ::testing::Test {
         }
         dir_ = dir;
         gTesmirLogLevel = 0x43;
-        for (const char* ap : {"wlan1", "wlan2"})
+        for (const char* ap : {"wlan1", "wlan2"}) {
             Run("hostapd_cli -p " + dir_ + "/hostapd -i " + ap + " enable");
+        }
         ASSERT_EQ("OK\n", Raw("REMOVE_NETWORK all"));
         ASSERT_EQ("OK\n", Raw("BSS_FLUSH 0"));
         // A wrong passphrase puts the AP on the ignore list, which outlives its network.

@@ -123,6 +123,10 @@ bool Associated(WpacliWrapper& client) {
     return recipes::CurrentBssid(client, nullptr);
 }
 
+bool Disassociated(WpacliWrapper& client) {
+    return !Associated(client);
+}
+
 bool With(WpacliWrapper& client, const char* bssid) {
     std::string now;
     return recipes::CurrentBssid(client, &now) && now == bssid;
@@ -130,8 +134,9 @@ bool With(WpacliWrapper& client, const char* bssid) {
 
 const Flow kFlows[] = {
         {"SCAN freq=2412,2437,2462", "CTRL-EVENT-SCAN-RESULTS", Associated},
-        {"DISCONNECT", "CTRL-EVENT-DISCONNECTED",
-         [](WpacliWrapper& client) { return !Associated(client); }},
+        {"DISCONNECT", "CTRL-EVENT-DISCONNECTED", Disassociated},
+        {"SELECT_NETWORK 0", "CTRL-EVENT-CONNECTED", Associated},
+        {"DISCONNECT", "CTRL-EVENT-DISCONNECTED", Disassociated},
         {"RECONNECT", "CTRL-EVENT-CONNECTED", Associated},
         {"ROAM 02:00:00:00:02:00", "CTRL-EVENT-CONNECTED",
          [](WpacliWrapper& client) { return With(client, "02:00:00:00:02:00"); }},
@@ -278,7 +283,8 @@ std::string Named(const std::vector<Measure> (&states)[kStateCount], Kind kind) 
 
 // Whether every value of a family (commands beginning with |prefix|) comes without a line feed.
 std::string FamilyLineFeeds(const std::vector<Measure> (&states)[kStateCount], const char* prefix) {
-    size_t values = 0, withLineFeed = 0;
+    size_t values = 0;
+    size_t withLineFeed = 0;
     for (size_t i = 0; i < std::size(kCommands); ++i) {
         if (strncmp(kCommands[i], prefix, strlen(prefix)) != 0) continue;
         for (const std::vector<Measure>& measures : states) {
@@ -322,7 +328,8 @@ int main(int argc, char** argv) {
 
     std::vector<std::string> flows;
     for (const Flow& flow : kFlows) {
-        std::string response, event;
+        std::string response;
+        std::string event;
         const int32_t status = client->Execute(flow.command, flow.pattern, response, true);
         const bool matched = status == 0 && std::regex_search(response, std::regex(flow.pattern));
         const bool done = matched || recipes::WaitForEvent(*client, flow.pattern, 30, &event,

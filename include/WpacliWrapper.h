@@ -48,7 +48,9 @@ class TESMIR_EXPORT WpacliWrapper {
     // fields. Longer replies are cut: connected, STATUS ends before its wpa_state line. A reply
     // of 0 bytes ends the process: the supplicant sends one for BSS of an entry it does not hold
     // (any BSS query before a scan, an id past the last), BSSID_IGNORE when empty,
-    // INTERFACE_LIST, RADIO_WORK show, VENDOR_ELEM_GET and WFD_SUBELEM_GET. docs/COMMANDS.md
+    // INTERFACE_LIST, RADIO_WORK show, VENDOR_ELEM_GET and WFD_SUBELEM_GET. It ends by the
+    // platform's unsigned-overflow check: a trap where Soong up to Android 13 built the library,
+    // "ubsan: sub-overflow" and abort() from Android 14 on (README). docs/COMMANDS.md
     // lists what each command gives on nl80211, measured against wpa_supplicant 2.10;
     // examples/recipes shows queries that fit.
     // wait == true: the direct reply is ignored and |response| receives what GetResponse()

@@ -34,18 +34,19 @@ mount -t sysfs sysfs /sys
 mountpoint -q /dev || mount -t devtmpfs devtmpfs /dev
 mount -t tmpfs tmpfs /tmp
 mount -t tmpfs tmpfs /run
-# The share, writable; and the project again where the tmpfs on /tmp hides it.
-mount -t hostfs none "$share" -o "$share"
+# The project again, where the tmpfs on /tmp hides it; then the share in it, writable. From
+# here on a failure is the lab's, not this machine's.
 case $TESMIR_ROOT in /tmp/*)
     mkdir -p "$TESMIR_ROOT"
     mount -t hostfs none "$TESMIR_ROOT" -o "$TESMIR_ROOT"
     ;;
 esac
+mount -t hostfs none "$share" -o "$share"
+: >"$share/booted"
 # shellcheck source=scripts/lab-lib.sh
 . "$TESMIR_ROOT/scripts/lab-lib.sh"
 lab=/run/lab
 mkdir -p "$lab"
-: >"$share/booted"
 ip link set lo up
 
 # One access point per radio; hwsim gives radio N the address 02:00:00:00:0N:00.

@@ -46,7 +46,7 @@ bool HoldsBss(WpacliWrapper& client) {
 // For a wait on CONNECTED whose event may be lost: whether the station has stayed associated
 // through two periods of 3 s without events. One is not enough: with a wrong passphrase the
 // station stays associated, without events, while the AP repeats the handshake's first message
-// for about 4 s before it gives up.
+// (hostapd sends it four times, a second apart after the first) before it gives up.
 std::function<bool()> HeldAssociation(WpacliWrapper& client) {
     return [&client, held = 0]() mutable {
         held = CurrentBssid(client, nullptr) ? held + 1 : 0;

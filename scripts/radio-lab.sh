@@ -26,7 +26,7 @@ set -euo pipefail
 
 here=$(cd "$(dirname "$0")" && pwd)
 root=$(dirname "$here")
-build=${TESMIR_UML_BUILD_DIR:-$root/build-uml}
+build=$root/build-uml
 
 die() {
     echo "radio-lab: $*" >&2

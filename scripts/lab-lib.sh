@@ -1,17 +1,22 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright 2026 The libtesmirwpacliwrapper Authors
 #
-# What both labs (supplicant-lab.sh, wired; radio-lab.sh, 802.11) do alike: wait for a daemon's
-# control socket, stop a daemon by its pid file. Sourced; callers define die().
+# What both labs (supplicant-lab.sh, wired; radio-lab.sh, 802.11) do alike: wait for a daemon,
+# stop a daemon by its pid file. Sourced; callers define die().
 
-# Waits up to 5 s for a socket to appear.
-wait_for_socket() {  # path
-    local socket=$1
+# Runs COMMAND every 50 ms until it succeeds, for up to 5 s; then gives up with WHAT.
+wait_until() {  # what command...
+    local what=$1
+    shift
     for _ in $(seq 100); do
-        [ -S "$socket" ] && return 0
+        "$@" && return 0
         sleep 0.05
     done
-    die "no control socket at $socket"
+    die "$what"
+}
+
+wait_for_socket() {  # path
+    wait_until "no control socket at $1" test -S "$1"
 }
 
 # Sends TERM, waits up to 5 s, then KILL. A missing pid file is a daemon that never started.

@@ -65,12 +65,12 @@ confs=(
     "$(ap wlan4 11 tesmir-open)"
 )
 hostapd -B -P "$lab/hostapd.pid" -f "$lab/hostapd.log" "${confs[@]}" || die "hostapd did not start"
+enabled() {  # interface
+    hostapd_cli -p "$lab/hostapd" -i "$1" status 2>/dev/null | grep -qx state=ENABLED
+}
 for ap in wlan1 wlan2 wlan3 wlan4; do
     wait_for_socket "$lab/hostapd/$ap"
-    for _ in $(seq 100); do
-        hostapd_cli -p "$lab/hostapd" -i "$ap" status 2>/dev/null | grep -qx state=ENABLED && break
-        sleep 0.05
-    done
+    wait_until "access point $ap did not come up" enabled "$ap"
 done
 
 printf '%s\n' "ctrl_interface=$lab/ctrl" ap_scan=1 p2p_disabled=1 >"$lab/wpa_supplicant.conf"

@@ -22,7 +22,7 @@ mkdir -p "$out"
 scripts/install-deps.sh
 command -v gnuplot >/dev/null && command -v python3 >/dev/null ||
     DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends gnuplot-nox python3 >/dev/null
-scripts/fetch-benchmark.sh "$build/_deps/benchmark"
+scripts/deb-source.sh benchmark "$build/_deps/benchmark"
 
 echo "== building the benchmarks (and the arm64 library, for its size)"
 cmake -S . -B "$build" -G Ninja -DTESMIR_BUILD_BENCH=ON -DTESMIR_BUILD_TESTS=OFF \

@@ -18,6 +18,7 @@ want=(
     blueprint-tools binutils file procps g++
     golang-go golang-android-soong-dev golang-github-google-blueprint-dev
     golang-github-golang-protobuf-1-3-dev
+    dpkg-dev pkg-config libnl-3-dev libnl-genl-3-dev libnl-route-3-dev libssl-dev
 )
 
 refresh=0

@@ -9,11 +9,22 @@
 #
 #   radio-lab.sh check                       exit 0 if the lab can start here, else say why
 #   radio-lab.sh kernel                      build the kernel if needed, print its path
-#   radio-lab.sh run [-t SECONDS] -- COMMAND...
+#   radio-lab.sh supplicant BUILD            the station's binary for BUILD (below), built if need be
+#   radio-lab.sh run [-t SECONDS] [-s BUILD] [-c CLOCK] -- COMMAND...
 #       boots the lab and runs COMMAND inside it, in this directory and environment, plus
-#       TESMIR_LAB_DIR and TESMIR_LAB_SOCKET (the station's control socket); prints what it
-#       prints and exits with its status. 77: the lab cannot start here. 124: COMMAND ran past
-#       SECONDS (default 600) and the kernel was ended. Nothing is left running.
+#       TESMIR_LAB_DIR, TESMIR_LAB_SOCKET (the station's control socket) and TESMIR_LAB_BUILD;
+#       prints what it prints and exits with its status. 77: the lab cannot start here. 124:
+#       COMMAND ran past SECONDS (default 600) and the kernel was ended. Nothing is left running.
+#       BUILD, the station's wpa_supplicant (default: $TESMIR_SUPPLICANT, else device):
+#         device    Debian's source built as devices build it, with ANDROID defined
+#                   (radio-lab/supplicant.sh): STATE-CHANGE events, events on STATUS
+#         desktop   Debian's wpasupplicant package, as installed
+#         PATH      a binary of your own, such as a host build of your tree's supplicant
+#       CLOCK (default: $TESMIR_LAB_CLOCK, else simulated):
+#         simulated the kernel's time-travel clock: time passes only while all wait, so runs are
+#                   fast and do not depend on the machine's load; the gaps between a host's calls
+#                   shrink to nothing
+#         real      the machine's clock, on which everything in UML runs slower than on a device
 #
 # Inside, /tmp and /run are the kernel's own (empty); the rest is this machine's, read-only.
 # The access points (hwsim gives radio N the address 02:00:00:00:0N:00):
@@ -35,6 +46,15 @@ die() {
 
 kernel() { "$here/radio-lab/kernel.sh" "$build"; }
 
+supplicant() {  # build
+    case $1 in
+    device) "$here/radio-lab/supplicant.sh" "$build" ;;
+    desktop) command -v wpa_supplicant ;;
+    */*) [ -x "$1" ] || die "no supplicant binary at $1"; realpath "$1" ;;
+    *) die "unknown supplicant build '$1': device, desktop or a path" ;;
+    esac
+}
+
 check() {
     for tool in wpa_supplicant hostapd hostapd_cli ip; do
         command -v "$tool" >/dev/null || die "$tool is not installed (scripts/install-deps.sh)"
@@ -45,21 +65,28 @@ check() {
         die "ptrace is disabled here (kernel.yama.ptrace_scope=3)"
 }
 
-run() {  # seconds command...
-    local seconds=$1
-    shift
-    local why linux share status
+run() {  # seconds build clock command...
+    local seconds=$1 build_name=$2 clock=$3
+    shift 3
+    local why linux share status binary clock_option
     if ! why=$(check 2>&1); then
         echo "skipped: no radio lab here: $why"
         exit 77
     fi
     linux=$(kernel)
+    binary=$(supplicant "$build_name")
+    case $clock in
+    simulated) clock_option=time-travel=inf-cpu ;;
+    real) clock_option= ;;
+    *) die "unknown clock '$clock': simulated or real" ;;
+    esac
     mkdir -p "$build"
     share=$(mktemp -d "$build/run.XXXXXX")
     # shellcheck disable=SC2064 # the path is fixed now
     trap "rm -rf '$share'" EXIT
     {
         export -p | grep -v -E '^declare -x (OLDPWD|PWD|SHLVL|_)='
+        printf 'export TESMIR_LAB_BUILD=%q TESMIR_LAB_CLOCK=%q\n' "$build_name" "$clock"
         printf 'cd %q || exit 1\nexec' "$PWD"
         printf ' %q' "$@"
         printf '\n'
@@ -68,9 +95,9 @@ run() {  # seconds command...
     set +e
     timeout -k 5 "$seconds" "$linux" mem=512M uml_dir="$share/uml" umid=tesmir \
         root=none rootfstype=hostfs rootflags=/ ro init="$here/radio-lab/inside.sh" \
-        con=null con1=null,fd:1 con2=null,fd:2 quiet time-travel=inf-cpu \
+        con=null con1=null,fd:1 con2=null,fd:2 quiet $clock_option \
         mac80211_hwsim.radios=5 mac80211_hwsim.support_p2p_device=0 \
-        TESMIR_SHARE="$share" TESMIR_ROOT="$root" </dev/null
+        TESMIR_SHARE="$share" TESMIR_ROOT="$root" TESMIR_SUPPLICANT_BINARY="$binary" </dev/null
     status=$?
     set -e
     if [ ! -f "$share/booted" ]; then
@@ -94,16 +121,24 @@ run() {  # seconds command...
 case "${1:-}" in
 check) check ;;
 kernel) kernel ;;
+supplicant) supplicant "${2:-${TESMIR_SUPPLICANT:-device}}" ;;
 run)
     shift
     seconds=600
-    if [ "${1:-}" = -t ]; then
-        seconds=$2
+    build_name=${TESMIR_SUPPLICANT:-device}
+    clock=${TESMIR_LAB_CLOCK:-simulated}
+    while [ $# -gt 0 ] && [ "$1" != -- ]; do
+        case $1 in
+        -t) seconds=$2 ;;
+        -s) build_name=$2 ;;
+        -c) clock=$2 ;;
+        *) die "run: unknown option $1" ;;
+        esac
         shift 2
-    fi
+    done
     [ "${1:-}" = -- ] && shift
     [ $# -gt 0 ] || die "run: no command"
-    run "$seconds" "$@"
+    run "$seconds" "$build_name" "$clock" "$@"
     ;;
-*) die "usage: radio-lab.sh check | kernel | run [-t SECONDS] -- COMMAND..." ;;
+*) die "usage: radio-lab.sh check | kernel | supplicant BUILD | run [-t S] [-s BUILD] [-c CLOCK] -- COMMAND..." ;;
 esac

@@ -59,7 +59,8 @@ step "dependencies"
 if [ "$(id -u)" -eq 0 ]; then
     echo "As root, this run changes the machine where something is missing: it installs Debian"
     echo "packages (scripts/install-deps.sh), adds dpkg's arm64 architecture for the cross build,"
-    echo "and adds a deb-src entry for Google Benchmark's source (scripts/fetch-benchmark.sh)."
+    echo "and adds a deb-src entry for the sources of Google Benchmark and wpa_supplicant"
+    echo "(scripts/deb-source.sh)."
     echo "Each change is announced before it is made."
     scripts/install-deps.sh --arm64
 else

@@ -73,11 +73,9 @@ for ap in wlan1 wlan2 wlan3 wlan4; do
     wait_until "access point $ap did not come up" enabled "$ap"
 done
 
-printf '%s\n' "ctrl_interface=$lab/ctrl" ap_scan=1 p2p_disabled=1 >"$lab/wpa_supplicant.conf"
-wpa_supplicant -B -D nl80211 -i wlan0 -c "$lab/wpa_supplicant.conf" -P "$lab/wpa_supplicant.pid" \
-    -f "$lab/wpa_supplicant.log" || die "wpa_supplicant did not start"
-wait_for_socket "$lab/ctrl/wlan0"
+export TESMIR_LAB_DIR=$lab
+"$TESMIR_ROOT/scripts/radio-lab/wifi.sh" on || finish 1
 
-export TESMIR_LAB_DIR=$lab TESMIR_LAB_SOCKET=$lab/ctrl/wlan0
+export TESMIR_LAB_SOCKET=$lab/ctrl/wlan0 TESMIR_LAB_WIFI=$TESMIR_ROOT/scripts/radio-lab/wifi.sh
 bash "$share/job" </dev/null
 finish $?

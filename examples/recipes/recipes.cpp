@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <regex>
+#include <thread>
 
 #include "WpaStringUtils.h"
 
@@ -30,6 +31,10 @@ int Number(const std::string& text) {
     return static_cast<int>(strtol(text.c_str(), nullptr, 10));
 }
 
+bool Matches(const std::string& event, const std::string& name) {
+    return std::regex_search(event, std::regex(EventPattern(name)));
+}
+
 // One BSS query, narrowed by MASK= to fields that fit the 63 bytes a reply may have. The BSS must
 // be held: the reply for one that is not is empty, and an empty reply ends the process.
 bool QueryBss(WpacliWrapper& client, const std::string& which, const char* mask,
@@ -43,15 +48,52 @@ bool HoldsBss(WpacliWrapper& client) {
     return Command(client, "SCAN_RESULTS", &reply) && reply.find('\n') != std::string::npos;
 }
 
-// For a wait on CONNECTED whose event may be lost: whether the station has stayed associated
-// through two periods of 3 s without events. One is not enough: with a wrong passphrase the
-// station stays associated, without events, while the AP repeats the handshake's first message
-// (hostapd sends it four times, a second apart after the first) before it gives up.
+// For a wait on a connection whose event may be lost, on a build that sends no state: whether
+// the station has stayed associated through two periods of 3 s without events. One is not
+// enough: with a wrong passphrase the station stays associated, without events, while the AP
+// repeats the handshake's first message (hostapd sends it four times, a second apart after the
+// first) before it gives up.
 std::function<bool()> HeldAssociation(WpacliWrapper& client) {
     return [&client, held = 0]() mutable {
         held = CurrentBssid(client, nullptr) ? held + 1 : 0;
         return held >= 2;
     };
+}
+
+// The events that tell a connection completed: the supplicant's own, the one a device build's
+// STATUS sends ("connection", "(auth)"), and that build's state change: to |bssid| (any when
+// empty), on the network whose id matches the pattern |id|.
+std::string CompletedPattern(const std::string& bssid, const std::string& id) {
+    const std::string mac = bssid.empty() ? "[0-9a-f:]{17}" : bssid;
+    return EventPattern("CTRL-EVENT-(CONNECTED - [Cc]onnection to " + mac +
+                        " completed (\\(auth\\) )?\\[id=" + id + " |STATE-CHANGE id=" + id +
+                        " state=9 BSSID=" + mac + " SSID=)");
+}
+
+// Waits for the station to complete a connection, to |bssid| when given; on |failure| (a
+// pattern of EventPattern's) it gives up. Puts the BSSID in |connected|.
+bool AwaitCompleted(WpacliWrapper& client, const std::string& bssid, int id,
+                    const std::string& failure, std::function<bool()> happened,
+                    std::string* connected) {
+    const std::string ids = id < 0 ? "-?[0-9]+" : std::to_string(id);
+    Wait wait;
+    wait.pattern = CompletedPattern(bssid, ids);
+    if (!failure.empty()) wait.pattern += "|" + EventPattern(failure);
+    wait.askState = true;
+    wait.happened = std::move(happened);
+    wait.judge = [&](const std::string& event) {
+        State state;
+        if (ParseState(event, &state) && state.state == kCompleted &&
+            (id < 0 || state.id == id) && (bssid.empty() || state.bssid == bssid)) {
+            if (connected != nullptr) *connected = state.bssid;
+            return Verdict::kDone;
+        }
+        return !failure.empty() && Matches(event, failure) ? Verdict::kFailed : Verdict::kNotYet;
+    };
+    std::string event;
+    if (!Await(client, "PING", wait, &event)) return false;
+    // Decided by happened(): the event that names the BSSID was lost.
+    return !event.empty() || connected == nullptr || CurrentBssid(client, connected);
 }
 
 }  // namespace
@@ -64,34 +106,110 @@ bool Command(WpacliWrapper& client, const std::string& command, std::string* rep
     return response.rfind("FAIL", 0) != 0 && response != "UNKNOWNCOMMAND";
 }
 
-bool WaitForEvent(WpacliWrapper& client, const std::string& pattern, int seconds,
-                  std::string* event, const std::function<bool()>& happened) {
-    const std::regex matcher(pattern);
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
-    std::string response;
-    while (std::chrono::steady_clock::now() < deadline) {
-        // Each call returns the next event to arrive, or the awaited one when it is queued
-        // behind it; events after the first of one call are cut to the first one's length, so
-        // |pattern| should match near the start of the event.
-        const int32_t status = client.Execute("PING", pattern, response, true);
-        if (status == 0 && std::regex_search(response, matcher)) {
-            if (event != nullptr) *event = response;
-            return true;
+std::string EventPattern(const std::string& name) {
+    return "^(IFNAME=\\S+ )?<[0-9]>" + name;
+}
+
+bool ParseState(const std::string& event, State* state) {
+    // Every field is read before the SSID or id_str, the only text in these events that is not
+    // the supplicant's own; a cut event that no longer holds them all does not match.
+    static const std::regex kStateChange(EventPattern(
+            "CTRL-EVENT-STATE-CHANGE id=(-?[0-9]+) state=([0-9]+) BSSID=([0-9a-f:]{17}) SSID="));
+    static const std::regex kConnected(
+            EventPattern("CTRL-EVENT-CONNECTED - [Cc]onnection to ([0-9a-f:]{17}) completed "
+                         "(\\(auth\\) )?\\[id=(-?[0-9]+) id_str="));
+    std::smatch match;
+    if (std::regex_search(event, match, kStateChange)) {
+        state->id = Number(match[2]);
+        state->state = Number(match[3]);
+        state->bssid = match[4];
+        return true;
+    }
+    if (std::regex_search(event, match, kConnected)) {
+        state->id = Number(match[4]);
+        state->state = kCompleted;
+        state->bssid = match[2];
+        return true;
+    }
+    return false;
+}
+
+bool QueryState(WpacliWrapper& client, State* state) {
+    // The first event of a call arrives whole; behind a shorter one it is cut, and asked again.
+    std::string event;
+    for (int tries = 0; tries < 3; ++tries) {
+        if (client.Execute("STATUS", EventPattern("CTRL-EVENT-STATE-CHANGE id="), event, true) !=
+            0) {
+            return false;
         }
+        if (ParseState(event, state)) return true;
+    }
+    return false;
+}
+
+bool Await(WpacliWrapper& client, const std::string& command, const Wait& wait,
+           std::string* event) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(wait.seconds);
+    // Whether this supplicant sends its state as events: a build as devices build it.
+    bool sendsState = false;
+    std::string next = command;
+    std::string response;
+    for (;;) {
+        // Each call hands back the first event that matches, or the last one it examined.
+        const int32_t status = client.Execute(next, wait.pattern, response, true);
         if (status != 0 && status != kNoEvent) return false;
-        if (status == kNoEvent && happened && happened()) {
+        if (status == 0) {
+            const Verdict verdict = wait.judge(response);
+            if (verdict != Verdict::kNotYet) {
+                if (event != nullptr) *event = response;
+                return verdict == Verdict::kDone;
+            }
+            sendsState = sendsState || Matches(response, "CTRL-EVENT-STATE-CHANGE id=");
+        } else if (!sendsState && wait.happened && wait.happened()) {
             if (event != nullptr) event->clear();
             return true;
         }
+        if (std::chrono::steady_clock::now() >= deadline) return false;
+        // What this call did not see may have come between it and the next: ask the state, once,
+        // before waiting for another event. A device build answers at once; a desktop build
+        // waits as PING does.
+        next = wait.askState && next != "STATUS" ? "STATUS" : "PING";
     }
-    return false;
+}
+
+bool AwaitEvent(WpacliWrapper& client, const std::string& pattern,
+                const std::function<bool()>& happened, std::string* event, int seconds) {
+    Wait wait;
+    wait.pattern = pattern;
+    wait.happened = happened;
+    wait.seconds = seconds;
+    wait.judge = [matcher = std::regex(pattern)](const std::string& response) {
+        return std::regex_search(response, matcher) ? Verdict::kDone : Verdict::kNotYet;
+    };
+    return Await(client, "PING", wait, event);
 }
 
 bool Scan(WpacliWrapper& client, const std::string& freqs) {
     // FAIL-BUSY while another scan runs.
     if (!Command(client, freqs.empty() ? "SCAN" : "SCAN freq=" + freqs)) return false;
-    return WaitForEvent(client, "CTRL-EVENT-SCAN-RESULTS", 30, nullptr,
-                        [&client] { return HoldsBss(client); });
+    // A BSS-ADDED event comes only while results are taken in, right before SCAN-RESULTS. An
+    // idle station on a device build scans in state 3 and leaves it once the results are in.
+    bool scanning = false;
+    Wait wait;
+    wait.pattern = EventPattern("CTRL-EVENT-(SCAN-RESULTS|SCAN-FAILED|BSS-ADDED) ");
+    wait.askState = true;
+    wait.happened = [&client] { return HoldsBss(client); };
+    wait.judge = [&scanning](const std::string& event) {
+        if (Matches(event, "CTRL-EVENT-(SCAN-RESULTS|BSS-ADDED) ")) return Verdict::kDone;
+        if (Matches(event, "CTRL-EVENT-SCAN-FAILED ")) return Verdict::kFailed;
+        State state;
+        if (ParseState(event, &state)) {
+            if (state.state == 3) scanning = true;
+            if (scanning && state.state != 3) return Verdict::kDone;
+        }
+        return Verdict::kNotYet;
+    };
+    return Await(client, "PING", wait);
 }
 
 bool ListNetworks(WpacliWrapper& client, std::vector<Bss>* found) {
@@ -148,10 +266,8 @@ bool Connect(WpacliWrapper& client, const std::string& ssid, Security security,
     }
     if (!Command(client, "SELECT_NETWORK " + id)) return false;
     // A wrong passphrase ends in SSID-TEMP-DISABLED, after which the supplicant retries later.
-    std::string event;
-    return WaitForEvent(client, "CTRL-EVENT-CONNECTED|CTRL-EVENT-SSID-TEMP-DISABLED", 30, &event,
-                        HeldAssociation(client)) &&
-           event.find("SSID-TEMP-DISABLED") == std::string::npos && CurrentBssid(client, bssid);
+    return AwaitCompleted(client, "", Number(id), "CTRL-EVENT-SSID-TEMP-DISABLED id=" + id + " ",
+                          HeldAssociation(client), bssid);
 }
 
 bool CurrentBssid(WpacliWrapper& client, std::string* bssid) {
@@ -174,17 +290,25 @@ bool ReadSignal(WpacliWrapper& client, Signal* signal) {
 }
 
 bool Disconnect(WpacliWrapper& client) {
-    std::string event;
-    const int32_t status = client.Execute("DISCONNECT", "CTRL-EVENT-DISCONNECTED", event, true);
-    if (status == 0 && event.find("CTRL-EVENT-DISCONNECTED") != std::string::npos) return true;
-    // Nothing to disconnect from: no event comes.
-    return (status == 0 || status == kNoEvent) && !CurrentBssid(client, nullptr);
+    // DISCONNECTED is the first event to come; with nothing to disconnect from, none comes.
+    Wait wait;
+    wait.pattern = EventPattern("CTRL-EVENT-DISCONNECTED bssid=");
+    wait.askState = true;
+    wait.seconds = 10;
+    wait.happened = [&client] { return !CurrentBssid(client, nullptr); };
+    wait.judge = [](const std::string& event) {
+        State state;
+        return Matches(event, "CTRL-EVENT-DISCONNECTED bssid=") ||
+                               (ParseState(event, &state) && state.state < kAuthenticating)
+                       ? Verdict::kDone
+                       : Verdict::kNotYet;
+    };
+    return Await(client, "DISCONNECT", wait);
 }
 
 bool Reconnect(WpacliWrapper& client, std::string* bssid) {
     return Command(client, "RECONNECT") &&
-           WaitForEvent(client, "CTRL-EVENT-CONNECTED", 30, nullptr, HeldAssociation(client)) &&
-           CurrentBssid(client, bssid);
+           AwaitCompleted(client, "", -1, "", HeldAssociation(client), bssid);
 }
 
 bool Roam(WpacliWrapper& client, const std::string& bssid) {
@@ -193,27 +317,46 @@ bool Roam(WpacliWrapper& client, const std::string& bssid) {
         return CurrentBssid(client, &now) && now == bssid;
     };
     return Command(client, "ROAM " + bssid) &&
-           WaitForEvent(client, "CTRL-EVENT-CONNECTED", 30, nullptr, there) && there();
+           AwaitCompleted(client, bssid, -1, "", there, nullptr);
 }
 
 bool WaitForLinkLoss(WpacliWrapper& client, int seconds, int* reason) {
-    std::string event;
+    // "<3>CTRL-EVENT-DISCONNECTED bssid=02:00:00:00:01:00 reason=3 locally_generated=1"
+    static const std::regex kDisconnected(
+            EventPattern("CTRL-EVENT-DISCONNECTED bssid=[0-9a-f:]{17} reason=([0-9]+)"));
     *reason = 0;
-    if (!WaitForEvent(client, "CTRL-EVENT-DISCONNECTED", seconds, &event,
-                      [&client] { return !CurrentBssid(client, nullptr); })) {
-        return false;
-    }
-    // "<3>CTRL-EVENT-DISCONNECTED bssid=... reason=3 locally_generated=1"
-    std::vector<std::string> words;
-    WpaStringUtils::SplitString(event, ' ', words);
-    for (const std::string& word : words) {
-        if (word.rfind("reason=", 0) == 0) *reason = Number(word.substr(7));
-    }
-    return true;
+    Wait wait;
+    wait.pattern = EventPattern("CTRL-EVENT-DISCONNECTED bssid=");
+    wait.askState = true;
+    wait.seconds = seconds;
+    wait.happened = [&client] { return !CurrentBssid(client, nullptr); };
+    wait.judge = [reason](const std::string& event) {
+        std::smatch match;
+        State state;
+        if (std::regex_search(event, match, kDisconnected)) {
+            *reason = Number(match[2]);
+            return Verdict::kDone;
+        }
+        return ParseState(event, &state) && state.state < kAuthenticating ? Verdict::kDone
+                                                                           : Verdict::kNotYet;
+    };
+    return Await(client, "PING", wait);
 }
 
 bool Forget(WpacliWrapper& client) {
     return Command(client, "REMOVE_NETWORK all");
+}
+
+bool Reopen(WpacliWrapper& client, const std::string& socket, int seconds) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+    std::string reply;
+    // Until the supplicant has made its socket, Open fails (and logs an error at the default
+    // mask); a socket left by a supplicant that ended opens but does not answer.
+    while (client.Open(socket) != 0 || !Command(client, "PING", &reply) || reply != "PONG") {
+        if (std::chrono::steady_clock::now() >= deadline) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    return true;
 }
 
 }  // namespace recipes

@@ -4,18 +4,15 @@
 #pragma once
 
 // Recipes: the usual station tasks done through WpacliWrapper, as a host on a device does them.
-// Copy what you need. Each one works within the library's edges:
-//  - a direct reply comes back as at most 63 bytes, its last byte dropped and its spaces
-//    removed, so every query below asks for a reply that fits: BSS with MASK= for one or two
-//    fields, STATUS only for its first line;
-//  - a reply of 0 bytes ends the process, so nothing here sends a command that can get one
-//    (BSS of an entry that is not there, BSS before any scan, BSSID_IGNORE when empty);
-//  - events reach the client only while a call is in progress, and waiting mode returns the
-//    first event that arrives when nothing is queued behind it, matched or not. An awaited event
-//    usually comes after others, so WaitForEvent() calls again, on PING, until one matches;
-//  - an event sent between two calls (the detach of one, the attach of the next) is lost. So a
-//    wait also ends once the supplicant has been quiet for 3 s and a direct query shows that
-//    what the event announces has happened.
+// Copy what you need. The library's edges they work within are told in WpacliWrapper.h; how each
+// recipe meets them, and what it costs, in docs/RECIPES.md. In short:
+//  - every query asks for a reply that fits the 63-byte window, and none can get an empty reply
+//    while the supplicant's BSS table stands still;
+//  - a wait is a loop of waiting-mode calls whose patterns are anchored on the whole prefix of
+//    the events they await, and which read fields only from where an SSID cannot reach;
+//  - events between two calls are lost, so a wait also asks the supplicant's state: at once on a
+//    supplicant built as devices build it (its STATUS sends the state as an event), after 3 s
+//    without events on a desktop build.
 // Every recipe returns false when the supplicant did not do what was asked, or a call failed.
 
 #include <functional>
@@ -29,16 +26,68 @@ namespace recipes {
 // A command in direct mode; false if the call failed or the reply is FAIL or UNKNOWN COMMAND.
 bool Command(WpacliWrapper& client, const std::string& command, std::string* reply = nullptr);
 
-// Waits up to |seconds| for an event that contains a match of |pattern|, and puts it in |event|.
-// After every 3 s without events, asks |happened| (when given) whether what the event announces
-// has happened anyway, its event lost between two calls; if so, returns true with |event| empty.
-bool WaitForEvent(WpacliWrapper& client, const std::string& pattern, int seconds,
-                  std::string* event = nullptr, const std::function<bool()>& happened = nullptr);
+// A pattern for the event named |name| ("CTRL-EVENT-CONNECTED - Connection to "), anchored on its
+// whole prefix: the priority and, on the global control socket, "IFNAME=<name> ". A name found
+// anywhere else in an event (an SSID can be "CTRL-EVENT-CONNECTED") does not match.
+std::string EventPattern(const std::string& name);
+
+// The station's state as CTRL-EVENT-STATE-CHANGE or CTRL-EVENT-CONNECTED tell it.
+struct State {
+    int id = -1;        // the network's id; -1 for none
+    int state = -1;     // wpa_states: 0 DISCONNECTED ... 3 SCANNING ... 9 COMPLETED
+    std::string bssid;  // 00:00:00:00:00:00 for none
+};
+constexpr int kCompleted = 9;
+constexpr int kAuthenticating = 4;  // below it, the station is not associated
+
+// Reads |state| from an event, whole or cut: true only when the event is one of
+//   <3>CTRL-EVENT-STATE-CHANGE id=0 state=9 BSSID=02:00:00:00:01:00 SSID=...
+//   <3>CTRL-EVENT-CONNECTED - Connection to 02:00:00:00:01:00 completed [id=0 id_str=...]
+//   <3>CTRL-EVENT-CONNECTED - connection to 02:00:00:00:01:00 completed (auth) [id=0 id_str=...]
+// and long enough to hold every field up to the SSID or id_str, which are left unread.
+bool ParseState(const std::string& event, State* state);
+
+// The state, from a supplicant built as devices build it: waiting mode on STATUS, whose
+// CTRL-EVENT-STATE-CHANGE that build sends every attached client. One exchange. On a desktop
+// build no event comes: false after 3 s.
+bool QueryState(WpacliWrapper& client, State* state);
+
+// What a wait makes of an event.
+enum class Verdict { kNotYet, kDone, kFailed };
+
+struct Wait {
+    // The events that may end the wait (EventPattern). Waiting mode hands back the first event
+    // that matches, so a pattern that matches events which do not end the wait loses those
+    // queued behind them.
+    std::string pattern;
+    // Judges an event the pattern matched, or the last event of a call when none matched.
+    std::function<Verdict(const std::string& event)> judge;
+    // Whether the station's state can end the wait (connect, roam, ...): then every event that
+    // does not end it is followed by STATUS in waiting mode, which on a device build hands the
+    // state to |judge| as an event; on a desktop build it waits as PING does.
+    bool askState = false;
+    // Asked after each 3 s without events, on a build that sends no state: whether what the
+    // awaited event announces has happened, its event lost between two calls.
+    std::function<bool()> happened;
+    int seconds = 30;
+};
+
+// Sends |command| in waiting mode (its direct reply is not seen: send commands that can fail in
+// direct mode first, and wait on "PING"), then calls again until |wait| is done or failed, or
+// its time is up. Puts the deciding event in |event|, or "" when happened() decided.
+bool Await(WpacliWrapper& client, const std::string& command, const Wait& wait,
+           std::string* event = nullptr);
+
+// Await() on PING for the first event that |pattern| matches; after each 3 s without events,
+// |happened| may end the wait instead, with |event| empty.
+bool AwaitEvent(WpacliWrapper& client, const std::string& pattern,
+                const std::function<bool()>& happened, std::string* event = nullptr,
+                int seconds = 30);
 
 // Scans the given frequencies in MHz ("2412,2437"; "" for all, which takes seconds on a radio
-// with 5 GHz channels) and waits for the results. Should their event be lost, settles for the
-// supplicant holding results after 3 s without events: keep scans narrow, so that a scan is done
-// by then.
+// with 5 GHz channels) and waits for the results to be taken in. Should their event be lost,
+// settles for the supplicant holding results after 3 s without events: keep scans narrow, so
+// that a scan is done by then.
 bool Scan(WpacliWrapper& client, const std::string& freqs);
 
 struct Bss {
@@ -72,8 +121,7 @@ struct Signal {
 // The link's signal (SIGNAL_POLL); false when not associated.
 bool ReadSignal(WpacliWrapper& client, Signal* signal);
 
-// Disconnects and stays so until Reconnect(). The DISCONNECTED event is the first to come, so one
-// waiting-mode call takes it.
+// Disconnects and stays so until Reconnect().
 bool Disconnect(WpacliWrapper& client);
 
 // Connects again after Disconnect(); returns the BSSID connected to.
@@ -83,11 +131,14 @@ bool Reconnect(WpacliWrapper& client, std::string* bssid);
 bool Roam(WpacliWrapper& client, const std::string& bssid);
 
 // Waits up to |seconds| for the link to drop (the AP going away, or a deauthentication), and
-// returns the DISCONNECTED event's reason code, or 0 when the event was lost and the link is
-// found gone.
+// returns the DISCONNECTED event's reason code, or 0 when only the state told it.
 bool WaitForLinkLoss(WpacliWrapper& client, int seconds, int* reason);
 
 // Removes every configured network, which also disconnects.
 bool Forget(WpacliWrapper& client);
+
+// After Wi-Fi was turned off (the supplicant ends: every call returns -1), opens |client| on
+// |socket| again once the supplicant is back and answers, trying for up to |seconds|.
+bool Reopen(WpacliWrapper& client, const std::string& socket, int seconds);
 
 }  // namespace recipes

@@ -18,6 +18,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <functional>
 #include <memory>
 #include <regex>
 #include <string>
@@ -133,16 +134,17 @@ bool With(WpacliWrapper& client, const char* bssid) {
 }
 
 const Flow kFlows[] = {
-        {"SCAN freq=2412,2437,2462", "CTRL-EVENT-SCAN-RESULTS", Associated},
-        {"DISCONNECT", "CTRL-EVENT-DISCONNECTED", Disassociated},
-        {"SELECT_NETWORK 0", "CTRL-EVENT-CONNECTED", Associated},
-        {"DISCONNECT", "CTRL-EVENT-DISCONNECTED", Disassociated},
-        {"RECONNECT", "CTRL-EVENT-CONNECTED", Associated},
-        {"ROAM 02:00:00:00:02:00", "CTRL-EVENT-CONNECTED",
+        {"SCAN freq=2412,2437,2462", "^<[0-9]>CTRL-EVENT-SCAN-RESULTS ", Associated},
+        {"DISCONNECT", "^<[0-9]>CTRL-EVENT-DISCONNECTED ", Disassociated},
+        {"SELECT_NETWORK 0", "^<[0-9]>CTRL-EVENT-CONNECTED - Connection to ", Associated},
+        {"DISCONNECT", "^<[0-9]>CTRL-EVENT-DISCONNECTED ", Disassociated},
+        {"RECONNECT", "^<[0-9]>CTRL-EVENT-CONNECTED - Connection to ", Associated},
+        {"ROAM 02:00:00:00:02:00", "^<[0-9]>CTRL-EVENT-CONNECTED - Connection to ",
          [](WpacliWrapper& client) { return With(client, "02:00:00:00:02:00"); }},
-        {"ROAM 02:00:00:00:01:00", "CTRL-EVENT-CONNECTED",
+        {"ROAM 02:00:00:00:01:00", "^<[0-9]>CTRL-EVENT-CONNECTED - Connection to ",
          [](WpacliWrapper& client) { return With(client, "02:00:00:00:01:00"); }},
 };
+
 
 const char* const kStates[] = {"not scanned", "scanned", "connected"};
 constexpr size_t kStateCount = 3;
@@ -319,9 +321,10 @@ int main(int argc, char** argv) {
     states[0] = Survey(raw, socket);
     if (!recipes::Scan(*client, "2412,2437,2462")) Die("the scan did not complete");
     states[1] = Survey(raw, socket);
+    std::string event;
     if (!recipes::Command(*client, "SELECT_NETWORK 0") ||
-        !recipes::WaitForEvent(*client, "CTRL-EVENT-CONNECTED", 30, nullptr,
-                               [&client] { return Associated(*client); })) {
+        !recipes::AwaitEvent(*client, kFlows[2].pattern, [&client] { return Associated(*client); },
+                    &event)) {
         Die("no connection to network 0");
     }
     states[2] = Survey(raw, socket);
@@ -332,8 +335,8 @@ int main(int argc, char** argv) {
         std::string event;
         const int32_t status = client->Execute(flow.command, flow.pattern, response, true);
         const bool matched = status == 0 && std::regex_search(response, std::regex(flow.pattern));
-        const bool done = matched || recipes::WaitForEvent(*client, flow.pattern, 30, &event,
-                                                           [&] { return flow.happened(*client); });
+        const bool done = matched || recipes::AwaitEvent(*client, flow.pattern,
+                                                [&] { return flow.happened(*client); }, &event);
         if (!done) Die(std::string("no end to ") + flow.command);
         flows.push_back("| `" + std::string(flow.command) + "` | `" + flow.pattern + "` | " +
                         (status == 0 ? Cell(response, 60) : "status " + std::to_string(status)) +
@@ -383,7 +386,7 @@ int main(int argc, char** argv) {
     printf("## Waiting mode on the flows a host starts\n\n"
            "From connected, in this order, `Execute(command, pattern, response, true)`; then, "
            "where that was not the awaited event, waiting-mode calls on `PING` until it came "
-           "(`recipes::WaitForEvent`), or until 3 s without events and a direct query showed "
+           "(`recipes::Await`), or until 3 s without events and a direct query showed "
            "what it announces: the event was then sent between two calls, and lost. Which early "
            "event comes first, and which events are lost, vary from run to run; that the awaited "
            "one does not come first, where the table says no, does not.\n\n"

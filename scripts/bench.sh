@@ -2,8 +2,9 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright 2026 The libtesmirwpacliwrapper Authors
 #
-# Runs the benchmarks against a real wpa_supplicant it starts itself, and writes
-# docs/PERFORMANCE.md with a latency plot. Needs root.
+# Runs the benchmarks against a real wpa_supplicant it starts itself (the wired lab, for Execute
+# and the string helpers; the radio lab on its real clock, for the recipes on both supplicant
+# builds), and writes docs/PERFORMANCE.md with its plots. Needs root.
 #   bench.sh           full run, writes docs/
 #   bench.sh --short   one quick pass (CI): checks that everything builds and runs; writes only
 #                      into the build tree and asserts no threshold
@@ -46,10 +47,12 @@ if [ "$short" -eq 1 ]; then
     bench_args=(--benchmark_min_time=0.01)
     rounds=20
     b2b_rounds=2
+    recipe_rounds=1
 else
     bench_args=(--benchmark_min_time=2 --benchmark_repetitions=7 --benchmark_report_aggregates_only=true)
     rounds=3000
     b2b_rounds=16
+    recipe_rounds=20
 fi
 
 echo "== benchmarks"
@@ -57,6 +60,20 @@ echo "== benchmarks"
     --benchmark_out_format=json
 echo "== latency samples: $rounds rounds interleaved, $b2b_rounds back to back"
 "$build/bench/tesmir_execute_latency" "$rounds" "$b2b_rounds" "$out/execute_latency.csv"
+
+echo "== recipes against a raw listener: $recipe_rounds rounds per build, radio lab, real clock"
+recipes=()
+for supplicant in device desktop; do
+    csv=$out/recipes-$supplicant.csv
+    status=0
+    scripts/radio-lab.sh run -s "$supplicant" -c real -t 3000 -- \
+        "$build/bench/tesmir_recipe_latency" "$recipe_rounds" >"$csv" || status=$?
+    case $status in
+    0) recipes+=("$supplicant=$csv") ;;
+    77) echo "no radio lab here: the recipes are not measured" && break ;;
+    *) echo "the recipe benchmark failed on the $supplicant build" >&2 && exit 1 ;;
+    esac
+done
 
 strip_size() {  # library
     [ -f "$1" ] || { echo 0; return; }
@@ -68,5 +85,5 @@ arm64_size=$(strip_size build-arm64/libtesmirwpacliwrapper.so)
 python3 scripts/perf_report.py --bench "$out/bench.json" --latency "$out/execute_latency.csv" \
     --host-size "$host_size" --arm64-size "$arm64_size" \
     --host-lib "$build/libtesmirwpacliwrapper.so" --arm64-lib build-arm64/libtesmirwpacliwrapper.so \
-    --out "$out"
+    --recipes "${recipes[@]}" --out "$out"
 echo "== report: $out/PERFORMANCE.md"

@@ -67,7 +67,7 @@ std::string CompletedPattern(const std::string& bssid, const std::string& id) {
     const std::string mac = bssid.empty() ? "[0-9a-f:]{17}" : bssid;
     return EventPattern("CTRL-EVENT-(CONNECTED - [Cc]onnection to " + mac +
                         " completed (\\(auth\\) )?\\[id=" + id + " |STATE-CHANGE id=" + id +
-                        " state=9 BSSID=" + mac + " SSID=)");
+                        " state=9 BSSID=" + mac + ")");
 }
 
 // Waits for the station to complete a connection, to |bssid| when given; on |failure| (a
@@ -83,8 +83,8 @@ bool AwaitCompleted(WpacliWrapper& client, const std::string& bssid, int id,
     wait.happened = std::move(happened);
     wait.judge = [&](const std::string& event) {
         State state;
-        if (ParseState(event, &state) && state.state == kCompleted &&
-            (id < 0 || state.id == id) && (bssid.empty() || state.bssid == bssid)) {
+        if (ParseState(event, &state) && state.state == kCompleted && (id < 0 || state.id == id) &&
+            (bssid.empty() || state.bssid == bssid)) {
             if (connected != nullptr) *connected = state.bssid;
             return Verdict::kDone;
         }
@@ -112,9 +112,11 @@ std::string EventPattern(const std::string& name) {
 
 bool ParseState(const std::string& event, State* state) {
     // Every field is read before the SSID or id_str, the only text in these events that is not
-    // the supplicant's own; a cut event that no longer holds them all does not match.
+    // the supplicant's own; a cut event that no longer holds them all does not match. An event
+    // after the first of a call is cut to the first one's length: the BSSID of a STATE-CHANGE
+    // ends at byte 64, before the SSID, so that it survives behind any event of that length.
     static const std::regex kStateChange(EventPattern(
-            "CTRL-EVENT-STATE-CHANGE id=(-?[0-9]+) state=([0-9]+) BSSID=([0-9a-f:]{17}) SSID="));
+            "CTRL-EVENT-STATE-CHANGE id=(-?[0-9]+) state=([0-9]+) BSSID=([0-9a-f:]{17})"));
     static const std::regex kConnected(
             EventPattern("CTRL-EVENT-CONNECTED - [Cc]onnection to ([0-9a-f:]{17}) completed "
                          "(\\(auth\\) )?\\[id=(-?[0-9]+) id_str="));
@@ -152,6 +154,7 @@ bool Await(WpacliWrapper& client, const std::string& command, const Wait& wait,
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(wait.seconds);
     // Whether this supplicant sends its state as events: a build as devices build it.
     bool sendsState = false;
+    int asked = 0;  // state queries in a row that did not hand back a state
     std::string next = command;
     std::string response;
     for (;;) {
@@ -165,15 +168,18 @@ bool Await(WpacliWrapper& client, const std::string& command, const Wait& wait,
                 return verdict == Verdict::kDone;
             }
             sendsState = sendsState || Matches(response, "CTRL-EVENT-STATE-CHANGE id=");
-        } else if (!sendsState && wait.happened && wait.happened()) {
+            State state;
+            asked = next == "STATUS" && !ParseState(response, &state) ? asked + 1 : 0;
+        } else if (!(sendsState && wait.askState) && wait.happened && wait.happened()) {
             if (event != nullptr) event->clear();
             return true;
         }
         if (std::chrono::steady_clock::now() >= deadline) return false;
-        // What this call did not see may have come between it and the next: ask the state, once,
-        // before waiting for another event. A device build answers at once; a desktop build
-        // waits as PING does.
-        next = wait.askState && next != "STATUS" ? "STATUS" : "PING";
+        // What this call did not see may have come between it and the next: ask the state before
+        // waiting for another event. A device build answers at once; a desktop build waits as
+        // PING does. Behind a shorter event of the same call the state comes cut: ask again.
+        const bool again = sendsState && asked > 0 && asked < 3;
+        next = wait.askState && (next != "STATUS" || again) ? "STATUS" : "PING";
     }
 }
 
@@ -338,7 +344,7 @@ bool WaitForLinkLoss(WpacliWrapper& client, int seconds, int* reason) {
             return Verdict::kDone;
         }
         return ParseState(event, &state) && state.state < kAuthenticating ? Verdict::kDone
-                                                                           : Verdict::kNotYet;
+                                                                          : Verdict::kNotYet;
     };
     return Await(client, "PING", wait);
 }

@@ -274,14 +274,14 @@ TEST_F(RadioTest, status_sends_the_state_as_events_on_a_device_build) {
     EXPECT_LT(state.state, recipes::kAuthenticating);
     ASSERT_TRUE(
             recipes::Connect(*client_, "tesmir", Security::kWpa2Psk, kPassphrase, "2412", nullptr));
-    EXPECT_EQ(std::string("<3>CTRL-EVENT-STATE-CHANGE id=0 state=9 BSSID=") + kPsk1 +
-                      " SSID=tesmir",
-              Waiting("STATUS", "STATE-CHANGE"));
+    EXPECT_EQ(
+            std::string("<3>CTRL-EVENT-STATE-CHANGE id=0 state=9 BSSID=") + kPsk1 + " SSID=tesmir",
+            Waiting("STATUS", "STATE-CHANGE"));
     // Then a CONNECTED of its own, "connection" in lower case: received into the first one's
     // length (75 bytes), it loses its tail.
-    EXPECT_EQ(std::string("<3>CTRL-EVENT-CONNECTED - connection to ") + kPsk1 +
-                      " completed (auth) ",
-              Waiting("STATUS", "CTRL-EVENT-CONNECTED"));
+    EXPECT_EQ(
+            std::string("<3>CTRL-EVENT-CONNECTED - connection to ") + kPsk1 + " completed (auth) ",
+            Waiting("STATUS", "CTRL-EVENT-CONNECTED"));
     ASSERT_TRUE(recipes::QueryState(*client_, &state));
     EXPECT_EQ(0, state.id);
     EXPECT_EQ(recipes::kCompleted, state.state);

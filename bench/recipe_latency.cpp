@@ -1,0 +1,177 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright 2026 The libtesmirwpacliwrapper Authors
+
+// Times each recipe of examples/recipes against the time a raw listener (libwpa_client, attached
+// all along) saw the event that the recipe waits for. Runs in the radio lab, on its real clock:
+// rounds of scan, connect, roam, disconnect and reconnect on the lab's WPA2 network, the client
+// open before the first. Writes "task,round,raw_ms,recipe_ms,quiet_waits,ok" lines, and one
+// "exchange,...,median_ms" line: the median of direct-mode PING calls (attach, request, detach).
+//   tesmir_recipe_latency ROUNDS       (in scripts/radio-lab.sh: TESMIR_LAB_DIR, ..._SOCKET)
+
+#include <poll.h>
+#include <stdarg.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <regex>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include <wpa_ctrl.h>
+
+#include "WpacliWrapper.h"
+#include "recipes.h"
+
+using Clock = std::chrono::steady_clock;
+
+// Every waiting-mode call that ends after 3 s without an event logs "... timed out ..." at the
+// error level: counted here, in place of liblog, as the recipe's fallbacks on a quiet wait.
+std::atomic<int> gQuietWaits{0};
+extern "C" __attribute__((visibility("default"))) int __android_log_print(int, const char*,
+                                                                          const char* fmt, ...) {
+    if (strstr(fmt, "timed out") != nullptr) ++gQuietWaits;
+    return 0;
+}
+
+namespace {
+
+constexpr const char* kPsk1 = "02:00:00:00:01:00";
+constexpr const char* kPsk2 = "02:00:00:00:02:00";
+
+double Millis(Clock::duration d) {
+    return std::chrono::duration<double, std::milli>(d).count();
+}
+
+// A client of libwpa_client's own, attached from start to end, that keeps every event and when
+// it came: what a host that listens all along would know, and when.
+class Listener {
+  public:
+    Listener(const std::string& socket, const std::string& dir)
+        : ctrl_(wpa_ctrl_open2(socket.c_str(), dir.c_str())) {
+        if (ctrl_ == nullptr || wpa_ctrl_attach(ctrl_) != 0) return;
+        thread_ = std::thread([this] { Listen(); });
+    }
+    ~Listener() {
+        stop_ = true;
+        if (thread_.joinable()) thread_.join();
+        if (ctrl_ != nullptr) wpa_ctrl_close(ctrl_);
+    }
+    bool ok() const { return thread_.joinable(); }
+
+    // When the first event matching |pattern| came at or after |since|; waits up to 2 s for it.
+    bool First(const std::regex& pattern, Clock::time_point since, Clock::time_point* when) {
+        for (int i = 0; i < 200; ++i) {
+            {
+                std::lock_guard<std::mutex> lock(mutex_);
+                for (const auto& [time, event] : events_) {
+                    if (time >= since && std::regex_search(event, pattern)) {
+                        *when = time;
+                        return true;
+                    }
+                }
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        return false;
+    }
+
+  private:
+    void Listen() {
+        pollfd fd = {wpa_ctrl_get_fd(ctrl_), POLLIN, 0};
+        while (!stop_) {
+            if (poll(&fd, 1, 50) != 1) continue;
+            char buffer[4096];
+            size_t length = sizeof(buffer);
+            if (wpa_ctrl_recv(ctrl_, buffer, &length) != 0) continue;
+            const Clock::time_point now = Clock::now();
+            std::lock_guard<std::mutex> lock(mutex_);
+            events_.emplace_back(now, std::string(buffer, length));
+        }
+    }
+
+    wpa_ctrl* ctrl_;
+    std::thread thread_;
+    std::atomic<bool> stop_{false};
+    std::mutex mutex_;
+    std::vector<std::pair<Clock::time_point, std::string>> events_;
+};
+
+struct Task {
+    const char* name;
+    const char* awaited;  // the event, as the raw listener sees it
+    std::function<bool(WpacliWrapper&)> run;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const char* dir = getenv("TESMIR_LAB_DIR");
+    const char* socket = getenv("TESMIR_LAB_SOCKET");
+    if (argc != 2 || dir == nullptr || socket == nullptr) {
+        fprintf(stderr, "usage: in scripts/radio-lab.sh: %s ROUNDS\n", argv[0]);
+        return 64;
+    }
+    const int rounds = atoi(argv[1]);
+    std::unique_ptr<WpacliWrapper> client(GetWpacliWrapperHandle());
+    Listener listener(socket, dir);
+    if (client->Open(socket) != 0 || !listener.ok()) {
+        fprintf(stderr, "recipe latency: cannot open %s\n", socket);
+        return 1;
+    }
+    std::vector<double> exchanges;
+    std::string reply;
+    for (int i = 0; i < 200; ++i) {
+        const Clock::time_point start = Clock::now();
+        client->Execute("PING", "", reply, false);
+        exchanges.push_back(Millis(Clock::now() - start));
+    }
+    std::nth_element(exchanges.begin(), exchanges.begin() + 100, exchanges.end());
+    printf("exchange,,,%.3f,,\n", exchanges[100]);
+
+    std::string from;
+    const Task tasks[] = {
+            {"scan", "^<[0-9]>CTRL-EVENT-SCAN-RESULTS ",
+             [](WpacliWrapper& c) { return recipes::Scan(c, "2412,2437"); }},
+            {"connect", "^<[0-9]>CTRL-EVENT-CONNECTED - Connection to ",
+             [&from](WpacliWrapper& c) {
+                 return recipes::Connect(c, "tesmir", recipes::Security::kWpa2Psk,
+                                         "tesmir-passphrase", "2412 2437", &from);
+             }},
+            {"roam", "^<[0-9]>CTRL-EVENT-CONNECTED - Connection to ",
+             [&from](WpacliWrapper& c) { return recipes::Roam(c, from == kPsk1 ? kPsk2 : kPsk1); }},
+            {"disconnect", "^<[0-9]>CTRL-EVENT-DISCONNECTED ", recipes::Disconnect},
+            {"reconnect", "^<[0-9]>CTRL-EVENT-CONNECTED - Connection to ",
+             [](WpacliWrapper& c) { return recipes::Reconnect(c, nullptr); }},
+    };
+    for (int round = 0; round < rounds; ++round) {
+        // Every round from a station that holds no network and ignores no access point.
+        if (!recipes::Forget(*client) || !recipes::Command(*client, "BSSID_IGNORE clear")) {
+            fprintf(stderr, "recipe latency: the station did not reset\n");
+            return 1;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        for (const Task& task : tasks) {
+            gQuietWaits = 0;
+            const Clock::time_point start = Clock::now();
+            const bool ok = task.run(*client);
+            const Clock::duration took = Clock::now() - start;
+            Clock::time_point seen;
+            const bool raw = listener.First(std::regex(task.awaited), start, &seen);
+            printf("%s,%d,%.3f,%.3f,%d,%d\n", task.name, round, raw ? Millis(seen - start) : -1.0,
+                   Millis(took), gQuietWaits.load(), ok ? 1 : 0);
+            fflush(stdout);
+            if (!ok) fprintf(stderr, "recipe latency: %s failed in round %d\n", task.name, round);
+            if (!ok) break;
+        }
+    }
+    return 0;
+}

@@ -74,6 +74,17 @@ class TESMIR_EXPORT WpacliWrapper {
     // CTRL-EVENT-SCAN-STARTED, on SELECT_NETWORK, RECONNECT or ROAM an early event of the
     // connection, not CTRL-EVENT-CONNECTED; DISCONNECT gets its own event.
     //
+    // |pattern| is found anywhere in an event, and events carry text that is not the
+    // supplicant's: an SSID, up to 32 bytes chosen by whoever runs an access point, in
+    // "SME: Trying to authenticate with X (SSID='...')", "Trying to associate with X (SSID=...)",
+    // "CTRL-EVENT-SSID-TEMP-DISABLED id=N ssid=\"...\"" and, on a supplicant built with ANDROID
+    // defined (every device's), "CTRL-EVENT-STATE-CHANGE id=N state=S BSSID=X SSID=...". An
+    // access point named CTRL-EVENT-CONNECTED matches "CTRL-EVENT-CONNECTED" before the station
+    // is associated; one named x" state=9 gives "... state=4 BSSID=... SSID=x\" state=9". Anchor
+    // a pattern on the event's whole prefix, "^(IFNAME=\S+ )?<[0-9]>CTRL-EVENT-CONNECTED -
+    // Connection to " (IFNAME= on the global control socket), and read fields only from before
+    // the SSID: examples/recipes (EventPattern, ParseState) does both.
+    //
     // An event is at most 512 bytes. Each event after the first of one call is received into at
     // most as many bytes as the one before it, and cut there: after a 36-byte first event,
     // "<3>CTRL-EVENT-CONNECTED - Connection" is all of the next. Events reach the event

@@ -22,6 +22,7 @@ constexpr const char* kUsage =
         "  scan [FREQS]                        scan (FREQS in MHz: 2412,2437) and wait for "
         "results\n"
         "  list                                every BSS held: bssid, freq, level, flags, ssid\n"
+        "                                      (its bytes; \"[cut: N bytes]\" after a part)\n"
         "  connect SSID open|psk|sae [PASSPHRASE] [FREQS]\n"
         "                                      connect (FREQS in MHz: \"2412 2437\")\n"
         "  status                              the current BSSID, and the signal\n"
@@ -53,8 +54,11 @@ bool Run(WpacliWrapper& client, const std::vector<std::string>& args) {
         std::vector<recipes::Bss> found;
         if (!recipes::ListNetworks(client, &found)) return false;
         for (const recipes::Bss& bss : found) {
-            printf("%s %d %d %s %s\n", bss.bssid.c_str(), bss.freq, bss.level, bss.flags.c_str(),
-                   bss.ssid.c_str());
+            printf("%s %d %d %s %s%s\n", bss.bssid.c_str(), bss.freq, bss.level, bss.flags.c_str(),
+                   bss.ssid.c_str(),
+                   bss.ssidWhole
+                           ? ""
+                           : (" [cut: " + std::to_string(bss.ssidLength) + " bytes]").c_str());
         }
         return true;
     }

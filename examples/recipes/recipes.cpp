@@ -3,6 +3,8 @@
 
 #include "recipes.h"
 
+#include <ctype.h>
+#include <stdio.h>
 #include <stdlib.h>
 
 #include <chrono>
@@ -48,6 +50,20 @@ bool HoldsBss(WpacliWrapper& client) {
     return Command(client, "SCAN_RESULTS", &reply) && reply.find('\n') != std::string::npos;
 }
 
+// The SSID from the first information element in hex ("ie=0006746573..."), element 0 when the
+// supplicant has one: its bytes as they are, spaces and all, and its length even when the
+// 63-byte reply cuts it. False when the first element is not an SSID.
+bool SsidFromElements(const std::string& hex, Bss* bss) {
+    if (hex.size() < 4 || hex.compare(0, 2, "00") != 0) return false;
+    bss->ssidLength = static_cast<size_t>(strtol(hex.substr(2, 2).c_str(), nullptr, 16));
+    bss->ssid.clear();
+    for (size_t i = 4; i + 1 < hex.size() && bss->ssid.size() < bss->ssidLength; i += 2) {
+        bss->ssid += static_cast<char>(strtol(hex.substr(i, 2).c_str(), nullptr, 16));
+    }
+    bss->ssidWhole = bss->ssid.size() == bss->ssidLength;
+    return true;
+}
+
 // For a wait on a connection whose event may be lost, on a build that sends no state: whether
 // the station has stayed associated through two periods of 3 s without events. One is not
 // enough: with a wrong passphrase the station stays associated, without events, while the AP
@@ -66,7 +82,7 @@ std::function<bool()> HeldAssociation(WpacliWrapper& client) {
 std::string CompletedPattern(const std::string& bssid, const std::string& id) {
     const std::string mac = bssid.empty() ? "[0-9a-f:]{17}" : bssid;
     return EventPattern("CTRL-EVENT-(CONNECTED - [Cc]onnection to " + mac +
-                        " completed (\\(auth\\) )?\\[id=" + id + " |STATE-CHANGE id=" + id +
+                        R"( completed (\(auth\) )?\[id=)" + id + " |STATE-CHANGE id=" + id +
                         " state=9 BSSID=" + mac + ")");
 }
 
@@ -119,7 +135,7 @@ bool ParseState(const std::string& event, State* state) {
             "CTRL-EVENT-STATE-CHANGE id=(-?[0-9]+) state=([0-9]+) BSSID=([0-9a-f:]{17})"));
     static const std::regex kConnected(
             EventPattern("CTRL-EVENT-CONNECTED - [Cc]onnection to ([0-9a-f:]{17}) completed "
-                         "(\\(auth\\) )?\\[id=(-?[0-9]+) id_str="));
+                         "(\\(auth\\) )?\\[id=(-?[0-9]+) "));
     std::smatch match;
     if (std::regex_search(event, match, kStateChange)) {
         state->id = Number(match[2]);
@@ -196,8 +212,18 @@ bool AwaitEvent(WpacliWrapper& client, const std::string& pattern,
 }
 
 bool Scan(WpacliWrapper& client, const std::string& freqs) {
-    // FAIL-BUSY while another scan runs.
-    if (!Command(client, freqs.empty() ? "SCAN" : "SCAN freq=" + freqs)) return false;
+    // FAIL-BUSY while another client's scan runs (on a device, the framework's): its results
+    // come first, then ours may start.
+    std::string reply;
+    for (int tries = 0; !Command(client, freqs.empty() ? "SCAN" : "SCAN freq=" + freqs, &reply);
+         ++tries) {
+        if (reply != "FAIL-BUSY" || tries == 5 ||
+            !AwaitEvent(
+                    client, EventPattern("CTRL-EVENT-SCAN-(RESULTS|FAILED) "), [] { return true; },
+                    nullptr, 10)) {
+            return false;
+        }
+    }
     // A BSS-ADDED event comes only while results are taken in, right before SCAN-RESULTS. An
     // idle station on a device build scans in state 3 and leaves it once the results are in.
     bool scanning = false;
@@ -220,36 +246,113 @@ bool Scan(WpacliWrapper& client, const std::string& freqs) {
 
 bool ListNetworks(WpacliWrapper& client, std::vector<Bss>* found) {
     found->clear();
-    // BSS FIRST is empty when nothing is held, and BSS NEXT- past the last entry: stop at the
-    // last id.
+    // Every BSS query of an entry the supplicant does not hold answers 0 bytes, which ends the
+    // process. "RANGE=N-" asks for the first entry whose id is N or more, so an entry that went
+    // away between two queries yields the next one: each query names the id it answers for,
+    // and a listing goes on from there. It is empty only when no entry at or past N is left:
+    // the listing stops at the last id held when it began, which entries added since (always
+    // under higher ids) keep in place.
     if (!HoldsBss(client)) return true;
     std::string reply;
     if (!QueryBss(client, "LAST", "0x1", &reply)) return false;
     const int last = Number(Field(reply, "id"));
-    for (std::string which = "FIRST";;) {
+    for (int next = 0; next <= last;) {
         Bss bss;
-        // id, bssid, freq, level: at most 55 bytes. Flags and the SSID, which may be long, alone.
-        if (!QueryBss(client, which, "0x87", &reply)) return false;
+        // id, bssid, freq, level: at most 55 bytes. Flags and the SSID element, which may be
+        // long, each with the id alone.
+        if (!QueryBss(client, "RANGE=" + std::to_string(next) + "-", "0x87", &reply)) {
+            return false;
+        }
         bss.id = Number(Field(reply, "id"));
         bss.bssid = Field(reply, "bssid");
         bss.freq = Number(Field(reply, "freq"));
         bss.level = Number(Field(reply, "level"));
-        const std::string id = "ID-" + std::to_string(bss.id);
-        if (!QueryBss(client, id, "0x800", &reply)) return false;
+        const std::string range = "RANGE=" + std::to_string(bss.id) + "-";
+        if (!QueryBss(client, range, "0x801", &reply)) return false;
+        if (Number(Field(reply, "id")) != bss.id) {
+            next = bss.id;  // gone meanwhile: start again from the entry after it
+            continue;
+        }
         bss.flags = Field(reply, "flags");
-        if (!QueryBss(client, id, "0x1000", &reply)) return false;
-        bss.ssid = Field(reply, "ssid");
+        if (!QueryBss(client, range, "0x401", &reply)) return false;
+        if (Number(Field(reply, "id")) != bss.id) {
+            next = bss.id;
+            continue;
+        }
+        if (!SsidFromElements(Field(reply, "ie"), &bss)) {
+            // No SSID element first (never seen here): the supplicant's own text of it, whose
+            // spaces the library removed.
+            if (!QueryBss(client, range, "0x1001", &reply)) return false;
+            if (Number(Field(reply, "id")) != bss.id) {
+                next = bss.id;
+                continue;
+            }
+            bss.ssid = DecodeSsid(Field(reply, "ssid"));
+            bss.ssidLength = bss.ssid.size();
+            bss.ssidWhole = false;
+        }
         found->push_back(bss);
-        if (bss.id == last) return true;
-        which = "NEXT-" + std::to_string(bss.id);
+        next = bss.id + 1;
     }
+    return true;
+}
+
+std::string DecodeSsid(const std::string& printed) {
+    std::string bytes;
+    for (size_t i = 0; i < printed.size(); ++i) {
+        if (printed[i] != '\\' || i + 1 == printed.size()) {
+            bytes += printed[i];
+            continue;
+        }
+        const char c = printed[++i];
+        switch (c) {
+            case 'n':
+                bytes += '\n';
+                break;
+            case 'r':
+                bytes += '\r';
+                break;
+            case 't':
+                bytes += '\t';
+                break;
+            case 'e':
+                bytes += '\033';
+                break;
+            case 'x':
+                if (i + 2 < printed.size() &&
+                    isxdigit(static_cast<unsigned char>(printed[i + 1])) &&
+                    isxdigit(static_cast<unsigned char>(printed[i + 2]))) {
+                    bytes += static_cast<char>(
+                            strtol(printed.substr(i + 1, 2).c_str(), nullptr, 16));
+                    i += 2;
+                } else {
+                    bytes += "\\x";  // cut inside the escape
+                }
+                break;
+            default:
+                bytes += c;  // \" and \\ stand for themselves
+        }
+    }
+    return bytes;
+}
+
+bool SsidCanBe(const Bss& bss, const std::string& ssid) {
+    if (bss.ssidWhole) return bss.ssid == ssid;
+    return ssid.size() == bss.ssidLength && ssid.compare(0, bss.ssid.size(), bss.ssid) == 0;
 }
 
 bool Connect(WpacliWrapper& client, const std::string& ssid, Security security,
              const std::string& passphrase, const std::string& freqs, std::string* bssid) {
     std::string id;
     if (!Command(client, "ADD_NETWORK", &id)) return false;
-    std::vector<std::string> settings = {"ssid \"" + ssid + "\""};
+    // In hex: an SSID may hold quotes, spaces and any other byte.
+    std::string hex;
+    for (unsigned char c : ssid) {
+        char digits[3];
+        snprintf(digits, sizeof(digits), "%02x", c);
+        hex += digits;
+    }
+    std::vector<std::string> settings = {"ssid " + hex};
     switch (security) {
         case Security::kOpen:
             settings.emplace_back("key_mgmt NONE");

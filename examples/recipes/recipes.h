@@ -94,13 +94,28 @@ struct Bss {
     int id = -1;
     std::string bssid;
     int freq = 0;
-    int level = 0;      // dBm
-    std::string flags;  // "[WPA2-PSK-CCMP][ESS]"
-    std::string ssid;   // as the supplicant prints it, with its spaces removed
+    int level = 0;           // dBm
+    std::string flags;       // "[WPA2-PSK-CCMP][ESS]", cut when long
+    std::string ssid;        // its bytes, from the SSID element: spaces, quotes and UTF-8 as sent
+    size_t ssidLength = 0;   // the SSID's length in bytes, also when |ssid| is cut
+    bool ssidWhole = false;  // false when |ssid| holds only the first bytes (see SsidCanBe)
 };
 
-// Every BSS the supplicant holds, from its last scans. Empty when it holds none.
+// Every BSS the supplicant holds, from its last scans. Empty when it holds none. SSIDs of up to
+// 24 bytes come whole (25 while ids are below 100): the SSID element in hex fills the 63 bytes of
+// a reply; of a longer one the first bytes, with its length. One BSS takes four queries; an
+// entry the supplicant drops during the listing is skipped. Each query can still end the process
+// in one case: when every entry from the one it asks for to the last is dropped between two
+// queries (docs/RELIABILITY.md). A listing right after a scan of your own has the quietest table.
 bool ListNetworks(WpacliWrapper& client, std::vector<Bss>* found);
+
+// Whether |ssid| can be the listed one: equal when whole, else the same length and beginning.
+bool SsidCanBe(const Bss& bss, const std::string& ssid);
+
+// The bytes of an SSID as the supplicant prints it in its replies and events: printable ASCII
+// as it is, '"' and '\' escaped with '\', \e \n \r \t, and every other byte as \xNN. An
+// escape cut at its end stays as it is.
+std::string DecodeSsid(const std::string& printed);
 
 enum class Security { kOpen, kWpa2Psk, kWpa3Sae };
 

@@ -114,9 +114,11 @@ int wpa_ctrl_request(struct wpa_ctrl* ctrl, const char* cmd, size_t cmd_len, cha
                    (msg_cb != nullptr ? " with a callback" : ""));
     const fake::Script& script = Get().script;
     if (script.requestResult < 0) return script.requestResult;
-    const size_t copied = std::min(script.reply.size(), *reply_len);
+    const std::string answer =
+            script.replyTo ? script.replyTo(std::string(cmd, cmd_len)) : script.reply;
+    const size_t copied = std::min(answer.size(), *reply_len);
     // Replies are bytes, not C strings: no terminator is added, as with the real client.
-    memcpy(reply, script.reply.data(), copied);  // NOLINT(bugprone-not-null-terminated-result)
+    memcpy(reply, answer.data(), copied);  // NOLINT(bugprone-not-null-terminated-result)
     *reply_len = script.replyLen.value_or(copied);
     return script.requestResult;
 }
@@ -129,7 +131,8 @@ int wpa_ctrl_get_fd(struct wpa_ctrl* ctrl) {
 int wpa_ctrl_recv(struct wpa_ctrl* ctrl, char* reply, size_t* reply_len) {
     Record("recv", ctrl, " (" + std::to_string(*reply_len) + ")");
     const int result = fake::Next(Get().script.recvResults, ctrl->events.empty() ? -1 : 0);
-    if (result < 0) return result;
+    // Nothing queued: a real receive would block; scripted success or not, it fails here.
+    if (result < 0 || ctrl->events.empty()) return result < 0 ? result : -1;
     // One datagram, cut to the capacity offered.
     *reply_len = std::min(ctrl->events.front().size(), *reply_len);
     memcpy(reply, ctrl->events.front().data(), *reply_len);  // NOLINT(bugprone-not-null-*)

@@ -27,7 +27,9 @@ struct Script {
     std::deque<bool> openFails;  // one per wpa_ctrl_open; true returns null
     int attachResult = 0;
     int requestResult = 0;
-    std::string reply = "OK\n";      // copied into the reply buffer, up to its capacity
+    std::string reply = "OK\n";  // copied into the reply buffer, up to its capacity
+    // When set, the reply to each command instead: a supplicant whose state a test keeps.
+    std::function<std::string(const std::string& command)> replyTo;
     std::optional<size_t> replyLen;  // reported reply length; default: the bytes copied
     std::deque<int> recvResults;     // one per recv; a negative one fails it
     std::deque<int> pendingResults;  // one per pending; else whether an event is queued

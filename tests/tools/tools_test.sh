@@ -42,6 +42,39 @@ expect "the last event when none matches" 5 '^<3>CTRL-EVENT-NETWORK-ADDED 0$' "$
     -p "$socket" -w NEVER ADD_NETWORK
 expect "no event in time" 22 '^$' "${wpacli[@]}" -p "$socket" -w NEVER PING
 
+# What would end the process or wait out 10 s is refused before anything is sent.
+networks() { wpa_cli -p "$(dirname "$socket")" -i "$(basename "$socket")" list_networks | wc -l; }
+before=$(networks)
+expect "a malformed pattern" 64 '^$' "${wpacli[@]}" -p "$socket" -w '(' ADD_NETWORK
+expect "a malformed key" 64 '^$' "${wpacli[@]}" -p "$socket" -w ADDED -k 'ok,[' ADD_NETWORK
+[ "$(networks)" = "$before" ] || { echo "FAIL: a refused command added a network"; failures=$((failures + 1)); }
+# The supplicant takes commands of up to 8192 bytes and ignores longer ones (no reply).
+reply_to() {  # length: what the supplicant answers a command of that many bytes, raw
+    python3 - "$socket" "$1" <<'PY'
+import os, socket, sys, tempfile
+path = os.path.join(tempfile.mkdtemp(), "client")
+s = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
+s.bind(path)
+s.settimeout(2)
+s.sendto(b"P" * int(sys.argv[2]), sys.argv[1])
+try:
+    print(s.recv(64).decode().strip())
+except socket.timeout:
+    print("no reply")
+PY
+}
+expect "the supplicant's limit: 8192 bytes" 0 '^UNKNOWN COMMAND$' reply_to 8192
+expect "the supplicant's limit: 8193 bytes" 0 '^no reply$' reply_to 8193
+expect "a command of 8192 bytes is sent" 4 '^UNKNOWNCOMMAND$' \
+    "${wpacli[@]}" -p "$socket" "$(head -c 8192 /dev/zero | tr '\0' P)"
+long=$("${wpacli[@]}" -p "$socket" "$(head -c 8193 /dev/zero | tr '\0' P)" 2>&1 >/dev/null)
+if [ $? -ne 64 ] || [ "${#long}" -gt 200 ]; then
+    echo "FAIL: a command of 8193 bytes: want exit 64 and a short message, got: ${long:0:300}"
+    failures=$((failures + 1))
+else
+    echo "ok: a command of 8193 bytes is refused, its message short"
+fi
+
 expect "recipes: unknown recipe" 64 '^$' "${recipes[@]}" "$socket" frobnicate
 expect "recipes: forget" 0 '^$' "${recipes[@]}" "$socket" forget
 expect "recipes: scan" 0 '^$' "${recipes[@]}" "$socket" scan 2412,2437

@@ -11,7 +11,6 @@
 
 #include <map>
 #include <memory>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -19,6 +18,7 @@
 
 #include "WpaStringUtils.h"
 #include "WpacliWrapper.h"
+#include "pattern_check.h"
 
 namespace {
 
@@ -30,6 +30,12 @@ constexpr int kExitNoMatch = 5;
 constexpr int kExitNoEvent = 22;  // EINVAL, the library's status for it
 constexpr int kExitUsage = 64;    // EX_USAGE
 
+// The longest command wpa_supplicant takes (CTRL_IFACE_MAX_LEN in 2.10 and AOSP's fork): a longer
+// one gets no reply, and the request waits out libwpa_client's 10 s.
+constexpr size_t kMaxCommand = 8192;
+// What the tool's own messages show of a command.
+constexpr size_t kShownCommand = 80;
+
 void PrintUsage(FILE* out) {
     fprintf(out,
             "usage: tesmir-wpacli -p <control socket> [-w <regex> [-k <keys>]] [-m <mask>]\n"
@@ -39,14 +45,17 @@ void PrintUsage(FILE* out) {
             "  -p PATH   control socket, e.g. /data/vendor/wifi/wpa/sockets/wlan0\n"
             "  -w REGEX  waiting mode: print the first event within 3 s that contains a match\n"
             "            of REGEX (ECMAScript), or else the last one queued (exit status 5).\n"
-            "            A malformed REGEX ends the process once an event has arrived.\n"
+            "            A malformed REGEX is refused before anything is sent (the library\n"
+            "            would end the process on it once an event has arrived).\n"
             "  -k KEYS   with -w: comma-separated key patterns; prints, as key=value, the word\n"
-            "            of the event after the first word each key is found in\n"
+            "            of the event after the first word each key is found in; checked\n"
+            "            as REGEX is\n"
             "  -m MASK   log mask gTesmirLogLevel (0x01 errors, 0x04 info, 0x08 trace); 0x04\n"
             "            logs every command, passwords included. Lets this process log DEBUG.\n"
             "  --help    this text\n"
             "Options may also follow the command, as with wpa_cli; words after -- are the\n"
-            "command's own.\n"
+            "command's own. A command longer than 8192 bytes, which the supplicant ignores,\n"
+            "is refused before it is sent.\n"
             "\n"
             "A direct reply comes as the library gives it: at most 63 bytes, its last byte\n"
             "dropped (the line feed, or a real byte where there is none), spaces removed.\n"
@@ -68,12 +77,27 @@ void PrintUsage(FILE* out) {
             "   4  the supplicant replied UNKNOWN COMMAND (direct mode)\n"
             "   5  waiting mode: the event printed does not match REGEX\n"
             "  22  waiting mode: no event arrived within 3 s, or it could not be received\n"
-            "  64  bad arguments\n");
+            "  64  bad arguments: also a malformed REGEX or key, a command too long\n");
 }
 
 int UsageError(const char* message) {
     fprintf(stderr, "tesmir-wpacli: %s\n\n", message);
     PrintUsage(stderr);
+    return kExitUsage;
+}
+
+// A command as the tool's messages show it: at most its first 80 bytes.
+std::string Shown(const std::string& command) {
+    if (command.size() <= kShownCommand) return command;
+    return command.substr(0, kShownCommand) + "... (" + std::to_string(command.size()) + " bytes)";
+}
+
+// Refuses a pattern the library would end the process on. Returns 0 when it is well-formed.
+int CheckPattern(const char* what, const std::string& pattern) {
+    std::string error;
+    if (IsValidPattern(pattern, &error)) return 0;
+    fprintf(stderr, "tesmir-wpacli: %s '%s' is not a valid ECMAScript regex: %s\n", what,
+            Shown(pattern).c_str(), error.c_str());
     return kExitUsage;
 }
 
@@ -154,6 +178,16 @@ int main(int argc, char** argv) {
 
     std::string command = argv[optind];
     for (int i = optind + 1; i < argc; ++i) command.append(" ").append(argv[i]);
+    if (command.size() > kMaxCommand) {
+        fprintf(stderr, "tesmir-wpacli: %s is longer than the %zu bytes the supplicant takes\n",
+                Shown(command).c_str(), kMaxCommand);
+        return kExitUsage;
+    }
+    const std::vector<std::string> keys = SplitKeys(keyList);
+    if (wait && CheckPattern("-w", pattern) != 0) return kExitUsage;
+    for (const std::string& key : keys) {
+        if (CheckPattern("-k key", key) != 0) return kExitUsage;
+    }
 
     std::unique_ptr<WpacliWrapper> client(GetWpacliWrapperHandle());
     int32_t status = client->Open(ctrlPath);
@@ -165,7 +199,7 @@ int main(int argc, char** argv) {
     status = client->Execute(command, pattern, response, wait);
     if (status != 0) {
         // -22 comes only from the wait: the command itself went through.
-        fprintf(stderr, "tesmir-wpacli: %s %s (status %d)\n", command.c_str(),
+        fprintf(stderr, "tesmir-wpacli: %s %s (status %d)\n", Shown(command).c_str(),
                 status == -22 ? "was sent, but no event arrived within 3 s" : "failed", status);
         return ExitCodeFor(status);
     }
@@ -173,14 +207,13 @@ int main(int argc, char** argv) {
     if (!wait) return ExitCodeForReply(response);
 
     if (!keyList.empty()) {
-        const std::vector<std::string> keys = SplitKeys(keyList);
         std::map<std::string, std::string> values;
         for (const std::string& key : keys) values[key] = "";
         WpaStringUtils::GetKeyValues(response, values);
         for (const std::string& key : keys) printf("%s=%s\n", key.c_str(), values[key].c_str());
     }
     // The library hands back the last event queued when none matches.
-    if (!std::regex_search(response, std::regex(pattern))) {
+    if (!PatternMatches(pattern, response)) {
         fprintf(stderr, "tesmir-wpacli: no event matched; this is the last one queued\n");
         return kExitNoMatch;
     }

@@ -10,7 +10,7 @@
 #   radio-lab.sh check                       exit 0 if the lab can start here, else say why
 #   radio-lab.sh kernel                      build the kernel if needed, print its path
 #   radio-lab.sh supplicant BUILD            the station's binary for BUILD (below), built if need be
-#   radio-lab.sh run [-t SECONDS] [-s BUILD] [-c CLOCK] -- COMMAND...
+#   radio-lab.sh run [-t SECONDS] [-s BUILD] [-c CLOCK] [-a LAYOUT] -- COMMAND...
 #       boots the lab and runs COMMAND inside it, in this directory and environment, plus
 #       TESMIR_LAB_DIR, TESMIR_LAB_SOCKET (the station's control socket) and TESMIR_LAB_BUILD;
 #       prints what it prints and exits with its status. 77: the lab cannot start here. 124:
@@ -20,6 +20,7 @@
 #                   (radio-lab/supplicant.sh): STATE-CHANGE events, events on STATUS
 #         desktop   Debian's wpasupplicant package, as installed
 #         PATH      a binary of your own, such as a host build of your tree's supplicant
+#       LAYOUT, the access points (radio-lab/aps.sh): standard (default), hostile, crowd
 #       CLOCK (default: $TESMIR_LAB_CLOCK, else simulated):
 #         simulated the kernel's time-travel clock: time passes only while all wait, so runs are
 #                   fast and do not depend on the machine's load; the gaps between a host's calls
@@ -65,9 +66,9 @@ check() {
         die "ptrace is disabled here (kernel.yama.ptrace_scope=3)"
 }
 
-run() {  # seconds build clock command...
-    local seconds=$1 build_name=$2 clock=$3
-    shift 3
+run() {  # seconds build clock layout command...
+    local seconds=$1 build_name=$2 clock=$3 layout=$4
+    shift 4
     local why linux share status binary clock_option
     if ! why=$(check 2>&1); then
         echo "skipped: no radio lab here: $why"
@@ -85,8 +86,10 @@ run() {  # seconds build clock command...
     # shellcheck disable=SC2064 # the path is fixed now
     trap "rm -rf '$share'" EXIT
     {
-        export -p | grep -v -E '^declare -x (OLDPWD|PWD|SHLVL|_)='
-        printf 'export TESMIR_LAB_BUILD=%q TESMIR_LAB_CLOCK=%q\n' "$build_name" "$clock"
+        # The lab's own variables are set inside; a caller's (another lab's) must not hide them.
+        export -p | grep -v -E '^declare -x (OLDPWD|PWD|SHLVL|_|TESMIR_LAB_[A-Z_]+)='
+        printf 'export TESMIR_LAB_BUILD=%q TESMIR_LAB_CLOCK=%q TESMIR_LAB_APS=%q\n' \
+            "$build_name" "$clock" "$layout"
         printf 'cd %q || exit 1\nexec' "$PWD"
         printf ' %q' "$@"
         printf '\n'
@@ -97,7 +100,8 @@ run() {  # seconds build clock command...
         root=none rootfstype=hostfs rootflags=/ ro init="$here/radio-lab/inside.sh" \
         con=null con1=null,fd:1 con2=null,fd:2 quiet $clock_option \
         mac80211_hwsim.radios=5 mac80211_hwsim.support_p2p_device=0 \
-        TESMIR_SHARE="$share" TESMIR_ROOT="$root" TESMIR_SUPPLICANT_BINARY="$binary" </dev/null
+        TESMIR_SHARE="$share" TESMIR_ROOT="$root" TESMIR_SUPPLICANT_BINARY="$binary" \
+        TESMIR_LAB_APS="$layout" </dev/null
     status=$?
     set -e
     if [ ! -f "$share/booted" ]; then
@@ -127,18 +131,20 @@ run)
     seconds=600
     build_name=${TESMIR_SUPPLICANT:-device}
     clock=${TESMIR_LAB_CLOCK:-simulated}
+    layout=standard
     while [ $# -gt 0 ] && [ "$1" != -- ]; do
         case $1 in
         -t) seconds=$2 ;;
         -s) build_name=$2 ;;
         -c) clock=$2 ;;
+        -a) layout=$2 ;;
         *) die "run: unknown option $1" ;;
         esac
         shift 2
     done
     [ "${1:-}" = -- ] && shift
     [ $# -gt 0 ] || die "run: no command"
-    run "$seconds" "$build_name" "$clock" "$@"
+    run "$seconds" "$build_name" "$clock" "$layout" "$@"
     ;;
-*) die "usage: radio-lab.sh check | kernel | supplicant BUILD | run [-t S] [-s BUILD] [-c CLOCK] -- COMMAND..." ;;
+*) die "usage: radio-lab.sh check | kernel | supplicant BUILD | run [-t S] [-s BUILD] [-c CLOCK] [-a LAYOUT] -- COMMAND..." ;;
 esac

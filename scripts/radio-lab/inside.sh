@@ -49,26 +49,13 @@ lab=/run/lab
 mkdir -p "$lab"
 ip link set lo up
 
-# One access point per radio; hwsim gives radio N the address 02:00:00:00:0N:00.
-ap() {  # interface channel ssid [settings...]
-    local conf=$lab/hostapd-$1.conf
-    printf '%s\n' "interface=$1" driver=nl80211 "ctrl_interface=$lab/hostapd" hw_mode=g \
-        "channel=$2" "ssid=$3" "${@:4}" >"$conf"
-    echo "$conf"
-}
-psk=(wpa=2 wpa_key_mgmt=WPA-PSK rsn_pairwise=CCMP wpa_passphrase=tesmir-passphrase)
-sae=(wpa=2 wpa_key_mgmt=SAE rsn_pairwise=CCMP ieee80211w=2 sae_password=tesmir-passphrase)
-confs=(
-    "$(ap wlan1 1 tesmir "${psk[@]}")"
-    "$(ap wlan2 6 tesmir "${psk[@]}")"
-    "$(ap wlan3 11 tesmir-sae "${sae[@]}")"
-    "$(ap wlan4 11 tesmir-open)"
-)
+# shellcheck source=scripts/radio-lab/aps.sh
+. "$TESMIR_ROOT/scripts/radio-lab/aps.sh"
 hostapd -B -P "$lab/hostapd.pid" -f "$lab/hostapd.log" "${confs[@]}" || die "hostapd did not start"
 enabled() {  # interface
     hostapd_cli -p "$lab/hostapd" -i "$1" status 2>/dev/null | grep -qx state=ENABLED
 }
-for ap in wlan1 wlan2 wlan3 wlan4; do
+for ap in "${aps[@]}"; do
     wait_for_socket "$lab/hostapd/$ap"
     wait_until "access point $ap did not come up" enabled "$ap"
 done
@@ -76,6 +63,7 @@ done
 export TESMIR_LAB_DIR=$lab
 "$TESMIR_ROOT/scripts/radio-lab/wifi.sh" on || finish 1
 
-export TESMIR_LAB_SOCKET=$lab/ctrl/wlan0 TESMIR_LAB_WIFI=$TESMIR_ROOT/scripts/radio-lab/wifi.sh
+export TESMIR_LAB_SOCKET=$lab/ctrl/wlan0 TESMIR_LAB_WIFI=$TESMIR_ROOT/scripts/radio-lab/wifi.sh \
+    TESMIR_LAB_CHURN=$TESMIR_ROOT/scripts/radio-lab/churn.sh
 bash "$share/job" </dev/null
 finish $?

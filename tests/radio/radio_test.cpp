@@ -24,10 +24,14 @@
 #include <gtest/gtest.h>
 
 #include "WpacliWrapper.h"
+#include "radio_fixture.h"
 #include "recipes.h"
 
 namespace {
 
+using radio::Has;
+using radio::kPassphrase;
+using radio::RadioTest;
 using recipes::Security;
 
 // The lab's access points: hwsim gives radio N the address 02:00:00:00:0N:00.
@@ -35,95 +39,6 @@ constexpr const char* kPsk1 = "02:00:00:00:01:00";  // "tesmir", WPA2-PSK, 2412 
 constexpr const char* kPsk2 = "02:00:00:00:02:00";  // "tesmir", WPA2-PSK, 2437 MHz (wlan2)
 constexpr const char* kSae = "02:00:00:00:03:00";   // "tesmir-sae", WPA3-SAE, 2462 MHz
 constexpr const char* kOpen = "02:00:00:00:04:00";  // "tesmir-open", open, 2462 MHz
-constexpr const char* kPassphrase = "tesmir-passphrase";
-
-bool Has(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
-
-// A client on the lab's station, which starts every test with no network, no BSS held, no BSS
-// ignored and every access point up.
-class RadioTest : public ::testing::Test {
-  protected:
-    void SetUp() override {
-        const char* dir = getenv("TESMIR_LAB_DIR");
-        const char* socket = getenv("TESMIR_LAB_SOCKET");
-        if (dir == nullptr || socket == nullptr) {
-            GTEST_SKIP() << "needs the radio lab: scripts/radio-lab.sh run -- ...";
-        }
-        dir_ = dir;
-        socket_ = socket;
-        const char* build = getenv("TESMIR_LAB_BUILD");
-        device_ = build == nullptr || strcmp(build, "desktop") != 0;
-        gTesmirLogLevel = 0x43;
-        for (const char* ap : {"wlan1", "wlan2"}) {
-            Run("hostapd_cli -p " + dir_ + "/hostapd -i " + ap + " enable");
-        }
-        ASSERT_EQ("OK\n", Raw("REMOVE_NETWORK all"));
-        ASSERT_EQ("OK\n", Raw("BSS_FLUSH 0"));
-        // A wrong passphrase puts the AP on the ignore list, which outlives its network.
-        ASSERT_EQ("OK\n", Raw("BSSID_IGNORE clear"));
-        client_.reset(GetWpacliWrapperHandle());
-        ASSERT_EQ(0, client_->Open(socket));
-    }
-
-    static std::string Run(const std::string& command) {
-        std::string out;
-        FILE* pipe = popen((command + " 2>/dev/null").c_str(), "r");
-        char buffer[512];
-        for (size_t n; pipe != nullptr && (n = fread(buffer, 1, sizeof(buffer), pipe)) > 0;) {
-            out.append(buffer, n);
-        }
-        if (pipe != nullptr) pclose(pipe);
-        return out;
-    }
-
-    // The whole reply, as wpa_cli's raw command prints it.
-    std::string Raw(const std::string& command) const {
-        return Run("wpa_cli -p " + dir_ + "/ctrl -i wlan0 raw " + command);
-    }
-
-    std::string Direct(const std::string& command) {
-        std::string response;
-        EXPECT_EQ(0, client_->Execute(command, "", response, false)) << command;
-        return response;
-    }
-
-    // Waiting mode on |command|; fails the test unless the status is 0.
-    std::string Waiting(const std::string& command, const std::string& pattern) {
-        std::string response;
-        EXPECT_EQ(0, client_->Execute(command, pattern, response, true)) << command;
-        return response;
-    }
-
-    // Waits for a completed connection, or for an association that outlasts 3 s without events.
-    bool WaitConnected() {
-        recipes::Wait wait;
-        wait.pattern = recipes::EventPattern(
-                "CTRL-EVENT-(CONNECTED - [Cc]onnection to |STATE-CHANGE id=[0-9]+ state=9 )");
-        wait.askState = true;
-        wait.seconds = 20;
-        wait.happened = [this] { return recipes::CurrentBssid(*client_, nullptr); };
-        wait.judge = [](const std::string& event) {
-            recipes::State state;
-            return recipes::ParseState(event, &state) && state.state == recipes::kCompleted
-                           ? recipes::Verdict::kDone
-                           : recipes::Verdict::kNotYet;
-        };
-        return recipes::Await(*client_, "PING", wait);
-    }
-
-    std::string Connected() {
-        std::string bssid;
-        EXPECT_TRUE(recipes::CurrentBssid(*client_, &bssid));
-        return bssid;
-    }
-
-    std::string dir_;
-    std::string socket_;
-    bool device_ = true;  // the supplicant as devices build it
-    std::unique_ptr<WpacliWrapper> client_;
-};
 
 TEST_F(RadioTest, direct_replies_lose_their_last_byte_whatever_it_is) {
     // GET_CAPABILITY pairwise has no line feed on nl80211; STATUS is longer than 64 bytes.

@@ -1,0 +1,66 @@
+# SPDX-License-Identifier: Apache-2.0
+# Copyright 2026 The libtesmirwpacliwrapper Authors
+#
+# The access points of each layout of the radio lab (TESMIR_LAB_APS), as hostapd configuration
+# files. Sourced by inside.sh, which defines $lab and starts them. hwsim gives radio N the
+# address 02:00:00:00:0N:00; a further BSS on radio N is 02:00:00:00:0N:0M. Every protected
+# network's passphrase is "tesmir-passphrase".
+#   standard  wlan1 "tesmir" WPA2-PSK, channel 1     wlan2 "tesmir", channel 6 (to roam to)
+#             wlan3 "tesmir-sae" WPA3-SAE, ch. 11    wlan4 "tesmir-open" open, channel 11
+#   hostile   SSIDs that pass for events or fields, and one in other scripts, all WPA2-PSK:
+#             wlan1 and wlan2 "CTRL-EVENT-CONNECTED" (channels 1 and 6, to roam between);
+#             02:00:00:00:01:01 'x" state=9 BSSID=1'; 02:00:00:00:02:01 'k=v "q" \ e';
+#             wlan3 the 32 bytes of UTF-8 below, channel 11; wlan4 "CTRL-EVENT-STATE-CHANGE state=9"
+#   crowd     24 BSSes: "tesmir" on wlan1 and wlan2 with seven WPA2 networks "crowd-N-M" beside
+#             each, and eight open ones on wlan3 (channel 11), which churn.sh takes away and back
+
+hostile_utf8="Café ☕ 東京の無線LAN-Ω!"
+
+psk=(wpa=2 wpa_key_mgmt=WPA-PSK rsn_pairwise=CCMP wpa_passphrase=tesmir-passphrase)
+sae=(wpa=2 wpa_key_mgmt=SAE rsn_pairwise=CCMP ieee80211w=2 sae_password=tesmir-passphrase)
+
+hex_of() { printf '%s' "$1" | od -An -tx1 | tr -d ' \n'; }
+
+# Starts a radio's configuration: interface channel ssid [settings...]. Prints its path.
+ap() {
+    local conf=$lab/hostapd-$1.conf
+    printf '%s\n' "interface=$1" driver=nl80211 "ctrl_interface=$lab/hostapd" hw_mode=g \
+        "channel=$2" "ssid2=$(hex_of "$3")" "${@:4}" >"$conf"
+    echo "$conf"
+}
+
+# Adds a further BSS to a radio's configuration: conf index ssid [settings...].
+bss() {
+    local conf=$1 radio
+    radio=$(sed -n 's/^interface=//p' "$conf")
+    printf '%s\n' "bss=${radio}_$2" "bssid=02:00:00:00:0${radio#wlan}:0$2" \
+        "ssid2=$(hex_of "$3")" "${@:4}" >>"$conf"
+}
+
+case ${TESMIR_LAB_APS:-standard} in
+standard)
+    aps=(wlan1 wlan2 wlan3 wlan4)
+    confs=("$(ap wlan1 1 tesmir "${psk[@]}")" "$(ap wlan2 6 tesmir "${psk[@]}")"
+        "$(ap wlan3 11 tesmir-sae "${sae[@]}")" "$(ap wlan4 11 tesmir-open)")
+    ;;
+hostile)
+    aps=(wlan1 wlan2 wlan3 wlan4)
+    confs=("$(ap wlan1 1 CTRL-EVENT-CONNECTED "${psk[@]}")"
+        "$(ap wlan2 6 CTRL-EVENT-CONNECTED "${psk[@]}")"
+        "$(ap wlan3 11 "$hostile_utf8" "${psk[@]}")"
+        "$(ap wlan4 11 "CTRL-EVENT-STATE-CHANGE state=9" "${psk[@]}")")
+    bss "${confs[0]}" 1 'x" state=9 BSSID=1' "${psk[@]}"
+    bss "${confs[1]}" 1 'k=v "q" \ e' "${psk[@]}"
+    ;;
+crowd)
+    aps=(wlan1 wlan2 wlan3)
+    confs=("$(ap wlan1 1 tesmir "${psk[@]}")" "$(ap wlan2 6 tesmir "${psk[@]}")"
+        "$(ap wlan3 11 crowd-3-0)")
+    for m in 1 2 3 4 5 6 7; do
+        bss "${confs[0]}" "$m" "crowd-1-$m" "${psk[@]}"
+        bss "${confs[1]}" "$m" "crowd-2-$m" "${psk[@]}"
+        bss "${confs[2]}" "$m" "crowd-3-$m"
+    done
+    ;;
+*) die "unknown layout of access points: $TESMIR_LAB_APS" ;;
+esac

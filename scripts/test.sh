@@ -97,6 +97,9 @@ run_check "arm64 library" arm64_library
 suite "AddressSanitizer and UndefinedBehaviorSanitizer" build-asan "" -DTESMIR_ASAN=ON \
     -DTESMIR_BUILD_TESTS=ON -DTESMIR_BUILD_TOOLS=ON
 
+suite "fuzzing: libFuzzer with ASan and the library's checks, 30 s a target" build-fuzz "" \
+    -DTESMIR_FUZZ=ON -DTESMIR_FUZZ_SECONDS=30
+
 bpfmt_clean() {
     local diff
     diff=$(bpfmt -d Android.bp) && [ -z "$diff" ] && echo "Android.bp: bpfmt clean" || {

@@ -21,6 +21,8 @@ import (
 	"testing"
 	"unsafe"
 
+	"github.com/google/blueprint"
+
 	"android/soong/android"
 	"android/soong/cc"
 )
@@ -34,8 +36,11 @@ const (
 	cfiExports    = "{\n  global:\n    __cfi_check;\n};\n"
 )
 
-var ourModules = []string{"libtesmirwpacliwrapper_core", library,
-	"libtesmirwpacliwrapper_unit_test", "tesmir-wpacli"}
+var (
+	fuzzers    = []string{"libtesmirwpacliwrapper_strutil_fuzzer", "libtesmirwpacliwrapper_event_fuzzer"}
+	ourModules = append([]string{"libtesmirwpacliwrapper_core", library,
+		"libtesmirwpacliwrapper_unit_test", "tesmir-wpacli"}, fuzzers...)
+)
 
 // What the project reaches beyond the toolchain's modules, as the platform defines it: liblog as
 // LLNDK with its header library, googletest, and libwpa_client on the vendor side.
@@ -269,6 +274,37 @@ func TestUnitTestLinksWithLtoCfiAndWrappedSelect(t *testing.T) {
 	for _, lib := range []string{"libgtest", "libgmock"} {
 		if !strings.Contains(strings.Join(link.Implicits.Strings(), " "), "/"+lib+"/android_vendor.VER_arm64_armv8-a_static_cfi/") {
 			t.Errorf("the unit test does not link the CFI variant of %s", lib)
+		}
+	}
+}
+
+// The fuzzers build as the platform builds fuzzers: the fuzzer sanitizer and libFuzzer, over the
+// core library compiled for fuzzing, with the fakes' --wrap=select.
+func TestFuzzersLinkLibFuzzerOverTheCore(t *testing.T) {
+	ctx := analyseProject(t)
+	for _, fuzzer := range fuzzers {
+		variants := ctx.ModuleVariantsForTests(fuzzer)
+		if len(variants) != 1 {
+			t.Fatalf("%s: variants %v, want one", fuzzer, variants)
+		}
+		link := ctx.ModuleForTests(fuzzer, variants[0]).Rule("ld")
+		inputs := strings.Join(append(link.Implicits.Strings(), link.Inputs.Strings()...), " ")
+		if !strings.Contains(inputs, "/libtesmirwpacliwrapper_core/android_vendor.VER_arm64_armv8-a_static_fuzzer/") {
+			t.Errorf("%s does not link the core library's fuzzer variant: %s", fuzzer, inputs)
+		}
+		// The harness's toolchain modules have no outputs: libFuzzer shows as a dependency only.
+		deps := map[string]bool{}
+		ctx.VisitDirectDeps(ctx.ModuleForTests(fuzzer, variants[0]).Module(),
+			func(dep blueprint.Module) { deps[ctx.ModuleName(dep)] = true })
+		if !deps["libclang_rt.fuzzer-aarch64-android"] {
+			t.Errorf("%s does not depend on libFuzzer: %v", fuzzer, deps)
+		}
+		if !strings.Contains(link.Args["ldFlags"], "-Wl,--wrap=select") {
+			t.Errorf("%s: link flags lack -Wl,--wrap=select: %s", fuzzer, link.Args["ldFlags"])
+		}
+		module := "m." + fuzzer + "_" + variants[0] + "."
+		if flags := ninjaVariable(t, ctx, module+"cflags"); !strings.Contains(flags, "-fsanitize=fuzzer-no-link") {
+			t.Errorf("%s: compile flags lack -fsanitize=fuzzer-no-link: %s", fuzzer, flags)
 		}
 	}
 }

@@ -36,8 +36,12 @@ using Clock = std::chrono::steady_clock;
 // Every waiting-mode call that ends after 3 s without an event logs "... timed out ..." at the
 // error level: counted here, in place of liblog, as the recipe's fallbacks on a quiet wait.
 std::atomic<int> gQuietWaits{0};
-extern "C" __attribute__((visibility("default"))) int __android_log_print(int, const char*,
+// NOLINTNEXTLINE(bugprone-reserved-identifier): liblog's name, replaced for this program
+extern "C" __attribute__((visibility("default"))) int __android_log_print(int priority,
+                                                                          const char* tag,
                                                                           const char* fmt, ...) {
+    (void)priority;
+    (void)tag;
     if (strstr(fmt, "timed out") != nullptr) ++gQuietWaits;
     return 0;
 }

@@ -48,11 +48,15 @@ if [ "$short" -eq 1 ]; then
     rounds=20
     b2b_rounds=2
     recipe_rounds=1
+    crowd_rounds=2
+    churn_listings=5
 else
     bench_args=(--benchmark_min_time=2 --benchmark_repetitions=7 --benchmark_report_aggregates_only=true)
     rounds=3000
     b2b_rounds=16
     recipe_rounds=20
+    crowd_rounds=20
+    churn_listings=2000
 fi
 
 echo "== benchmarks"
@@ -75,6 +79,18 @@ for supplicant in device desktop; do
     esac
 done
 
+echo "== the crowd: $crowd_rounds scans and listings, $churn_listings listings per design under churn"
+crowds=()
+for supplicant in device desktop; do
+    [ "${#recipes[@]}" -gt 0 ] || break
+    csv=$out/crowd-$supplicant.csv
+    scripts/radio-lab.sh run -s "$supplicant" -c real -a crowd -t 5000 -- bash -c \
+        '"$0" cost "$1" && "$0" churn edge "$2" && "$0" churn flush-all "$(($2 / 4 + 1))"' \
+        "$build/bench/tesmir_crowd" "$crowd_rounds" "$churn_listings" >"$csv" ||
+        { echo "the crowd benchmark failed on the $supplicant build" >&2 && exit 1; }
+    crowds+=("$supplicant=$csv")
+done
+
 strip_size() {  # library
     [ -f "$1" ] || { echo 0; return; }
     llvm-strip-14 -o "$1.stripped" "$1" && stat -c %s "$1.stripped"
@@ -85,5 +101,5 @@ arm64_size=$(strip_size build-arm64/libtesmirwpacliwrapper.so)
 python3 scripts/perf_report.py --bench "$out/bench.json" --latency "$out/execute_latency.csv" \
     --host-size "$host_size" --arm64-size "$arm64_size" \
     --host-lib "$build/libtesmirwpacliwrapper.so" --arm64-lib build-arm64/libtesmirwpacliwrapper.so \
-    --recipes "${recipes[@]}" --out "$out"
+    --recipes "${recipes[@]}" --crowd "${crowds[@]}" --out "$out"
 echo "== report: $out/PERFORMANCE.md"

@@ -188,6 +188,53 @@ def recipe_section(builds, out_dir):
     return lines
 
 
+def crowd_section(builds):
+    """Scan and list in the crowd, and listings while its BSS table changes."""
+    lines = ["## The crowd: 24 BSSes, and a table that changes", "",
+             "In the radio lab's crowd (`scripts/radio-lab.sh run -a crowd -c real`: 24 BSSes "
+             "over three radios), `tesmir_crowd` times a scan of the three channels "
+             "(`recipes::Scan`) and a listing of every BSS held (`recipes::ListNetworks`: two "
+             "queries, then three per BSS); **raw** sends the same queries through libwpa_client "
+             "alone, with no attach or detach around them. A scan **fell back** when a call in it "
+             "waited out 3 s without an event.", "",
+             "| build | scans | scan p50 | fell back | listings | list p50 | per BSS | raw per BSS "
+             "| ratio |", "|---|---|---|---|---|---|---|---|---|"]
+    churn = []
+    for build, path in builds.items():
+        scans, lists = [], []
+        with open(path) as f:
+            for row in csv.reader(f):
+                if row[0] == "scan":
+                    scans.append((float(row[1]), int(row[2])))
+                elif row[0] == "list":
+                    lists.append((int(row[1]), float(row[2]), float(row[3])))
+                elif row[0] == "churn":
+                    churn.append((build, row[1], row[2], int(row[3]), int(row[4]), float(row[5])))
+        if not scans or not lists:
+            continue
+        bss = statistics.median(l[0] for l in lists)
+        lib = statistics.median(l[1] for l in lists)
+        raw = statistics.median(l[2] for l in lists)
+        lines.append(f"| {build} | {len(scans)} | {statistics.median(s[0] for s in scans):.0f} ms | "
+                     f"{sum(1 for s in scans if s[1])} | {len(lists)} | {lib:.1f} ms | "
+                     f"{lib / bss:.2f} ms | {raw / bss:.2f} ms | {lib / raw:.2f} |")
+    lines += ["", "**Listings while the table changes.** `radio-lab/churn.sh` runs beside the "
+              "listings: *edge*, the eight BSSes of one radio switched off, dropped by a second "
+              "client's `BSS_FLUSH 1`, and found again by its scans under new ids, every 2.4 s; "
+              "*flush-all*, a second client's `BSS_FLUSH 0` and a scan every 0.3 s. Each listing "
+              "runs in a child process; **ended** counts those the library ended on an empty "
+              "reply. *by-id* lists as the recipes did before (`BSS FIRST`, `NEXT-<id>`, "
+              "`ID-<id>`), *range* as they do now (`BSS RANGE=<id>-`, the id checked), the two "
+              "alternating.", "",
+              "| build | churn | design | listings | ended | one in | ms per listing |",
+              "|---|---|---|---|---|---|---|"]
+    for build, mode, design, n, ended, ms in churn:
+        one_in = f"{n / ended:.0f}" if ended else f"none in {n}"
+        lines.append(f"| {build} | {mode} | {design} | {n} | {ended} | {one_in} | {ms:.0f} |")
+    lines.append("")
+    return lines
+
+
 def main():
     ap = argparse.ArgumentParser()
     ap.add_argument("--bench", required=True)
@@ -198,6 +245,8 @@ def main():
     ap.add_argument("--arm64-lib", default="")
     ap.add_argument("--recipes", nargs="*", default=[], metavar="BUILD=CSV",
                     help="tesmir_recipe_latency output of one supplicant build")
+    ap.add_argument("--crowd", nargs="*", default=[], metavar="BUILD=CSV",
+                    help="tesmir_crowd output of one supplicant build")
     ap.add_argument("--out", required=True)
     args = ap.parse_args()
 
@@ -321,6 +370,9 @@ def main():
     if args.recipes:
         lines += recipe_section(dict((b, load_recipes(p)) for b, p in
                                      (arg.split("=", 1) for arg in args.recipes)), args.out)
+
+    if args.crowd:
+        lines += crowd_section(dict(arg.split("=", 1) for arg in args.crowd))
 
     lines += ["## Size", "", "| library | stripped size |", "|---|---|"]
     if args.host_size:

@@ -15,8 +15,9 @@ struct wpa_ctrl;
 
 // Client of one wpa_supplicant control socket, over two connections to it: one for commands
 // and one for unsolicited events. Not thread-safe: use one object from one thread at a time.
-// Calls of Open() on different objects must not overlap either: libwpa_client may give two
-// connections opened at once the same local socket name.
+// Calls of Open() on different objects must not overlap either, nor any other wpa_ctrl_open() of
+// the process: libwpa_client names its client sockets with a counter it does not guard, and two
+// connections opened at once may share a name and each other's replies (docs/RELIABILITY.md).
 // Objects come from GetWpacliWrapperHandle() and are released with delete.
 //
 // The order of the virtual functions is part of the ABI: do not reorder or insert.
@@ -48,11 +49,11 @@ class TESMIR_EXPORT WpacliWrapper {
     // fields. Longer replies are cut: connected, STATUS ends before its wpa_state line. A reply
     // of 0 bytes ends the process: the supplicant sends one for BSS of an entry it does not hold
     // (any BSS query before a scan, an id past the last), BSSID_IGNORE when empty,
-    // INTERFACE_LIST, RADIO_WORK show, VENDOR_ELEM_GET and WFD_SUBELEM_GET. It ends by the
-    // platform's unsigned-overflow check: a trap where Soong up to Android 13 built the library,
-    // "ubsan: sub-overflow" and abort() from Android 14 on (README). docs/COMMANDS.md
-    // lists what each command gives on nl80211, measured against wpa_supplicant 2.10;
-    // examples/recipes shows queries that fit.
+    // INTERFACE_LIST, RADIO_WORK show, VENDOR_ELEM_GET and WFD_SUBELEM_GET; on a device, also
+    // DRIVER when the vendor's library answers nothing (docs/FORK.md). It ends by the
+    // platform's unsigned-overflow check, differently on each platform generation
+    // (docs/RELIABILITY.md). docs/COMMANDS.md lists what each command gives on nl80211, measured
+    // against wpa_supplicant 2.10 in both builds; examples/recipes shows queries that fit.
     // wait == true: the direct reply is ignored and |response| receives what GetResponse()
     // returns for |pattern|.
     //

@@ -51,6 +51,10 @@ cc_library_headers { name: "liblog_headers", vendor_available: true }
 cc_library_static { name: "libgtest", vendor_available: true, stl: "none" }
 cc_library_static { name: "libgtest_main", vendor_available: true, stl: "none" }
 cc_library_static { name: "libgmock", vendor_available: true, stl: "none" }
+` + wpaClientModules
+
+// libwpa_client as current trees define it; docs/DEVICE.md defines it for older ones.
+const wpaClientModules = `
 cc_library_shared { name: "libwpa_client", proprietary: true, stl: "none" }
 cc_library_headers { name: "libwpa_client_headers", soc_specific: true }
 `
@@ -60,6 +64,10 @@ cc_library_headers { name: "libwpa_client_headers", soc_specific: true }
 func mockFiles(t *testing.T) map[string][]byte {
 	fs := map[string][]byte{cfiExportsMap: []byte(cfiExports), "libc.map.txt": nil,
 		"libm.map.txt": nil, "libdl.map.txt": nil,
+		// The host of docs/DEVICE.md, and the supplicant's files its older trees' modules name.
+		"vendor/host/main.cpp": nil, "vendor/host/myhost.rc": nil,
+		supplicantDir + "/src/common/wpa_ctrl.c": nil, supplicantDir + "/src/utils/os_unix.c": nil,
+		supplicantDir + "/src/utils/common.h": nil, supplicantDir + "/wpa_client_include/wpa_ctrl.h": nil,
 		"prebuilts/ndk/current/sources/cxx-stl/llvm-libc++/libs/arm64-v8a/libc++_shared.so": nil}
 	err := filepath.Walk(project, func(path string, info os.FileInfo, err error) error {
 		if err != nil {
@@ -103,6 +111,12 @@ func withoutLicenseModules(bp []byte, fs map[string][]byte) ([]byte, error) {
 
 // Soong's analysis of |bp|, beside |other| as the Android.bp of another package if not empty.
 func analyse(t *testing.T, bp []byte, other string) (*android.TestContext, []error) {
+	return analyseWith(t, bp, map[string]string{"vendor/host/Android.bp": other}, platformModules)
+}
+
+// Soong's analysis of |bp| beside |packages| (path to Android.bp text, empty ones left out) and
+// |platform|, the platform's modules appended to it.
+func analyseWith(t *testing.T, bp []byte, packages map[string]string, platform string) (*android.TestContext, []error) {
 	t.Helper()
 	fs := mockFiles(t)
 	bp, err := withoutLicenseModules(bp, fs)
@@ -110,11 +124,13 @@ func analyse(t *testing.T, bp []byte, other string) (*android.TestContext, []err
 		return nil, []error{err}
 	}
 	files := []string{"Android.bp"}
-	if other != "" {
-		fs["vendor/host/Android.bp"] = []byte(other)
-		files = append(files, "vendor/host/Android.bp")
+	for path, text := range packages {
+		if text != "" {
+			fs[path] = []byte(text)
+			files = append(files, path)
+		}
 	}
-	config := cc.TestConfig(t.TempDir(), android.Android, nil, string(bp)+platformModules, fs)
+	config := cc.TestConfig(t.TempDir(), android.Android, nil, string(bp)+platform, fs)
 	vndk, platformVndk := "current", "VER"
 	config.TestProductVariables.DeviceVndkVersion = &vndk
 	config.TestProductVariables.Platform_vndk_version = &platformVndk
@@ -306,6 +322,47 @@ func TestFuzzersLinkLibFuzzerOverTheCore(t *testing.T) {
 		if flags := ninjaVariable(t, ctx, module+"cflags"); !strings.Contains(flags, "-fsanitize=fuzzer-no-link") {
 			t.Errorf("%s: compile flags lack -fsanitize=fuzzer-no-link: %s", fuzzer, flags)
 		}
+	}
+}
+
+const supplicantDir = "external/wpa_supplicant_8/wpa_supplicant"
+
+// A block of docs/DEVICE.md that a vendor copies, marked "<!-- checked: |mark| -->".
+func deviceBlock(t *testing.T, mark string) string {
+	t.Helper()
+	block := regexp.MustCompile("(?s)<!-- checked: " + regexp.QuoteMeta(mark) + " -->\n```bp\n(.*?)```").
+		FindSubmatch(readProject(t, "docs/DEVICE.md"))
+	if block == nil {
+		t.Fatalf("docs/DEVICE.md has no block marked %q", mark)
+	}
+	return string(block[1])
+}
+
+// The host module that docs/DEVICE.md gives vendors builds from another package; a copy without
+// vendor: true is refused.
+func TestDeviceDocConsumerModule(t *testing.T) {
+	consumer := deviceBlock(t, "consumer module")
+	ctx, errs := analyse(t, readProject(t, "Android.bp"), consumer)
+	android.FailIfErrored(t, errs)
+	link := ctx.ModuleForTests("myhost", "android_vendor.VER_arm64_armv8-a").Rule("ld")
+	if libs := link.Args["libFlags"]; !strings.Contains(libs, "/"+library+"/"+cfiVariant+"/") {
+		t.Errorf("myhost does not link the library's vendor variant: %s", libs)
+	}
+	_, errs = analyse(t, readProject(t, "Android.bp"), strings.Replace(consumer, "    vendor: true,\n", "", 1))
+	android.FailIfNoMatchingErrors(t, `dependency "libtesmirwpacliwrapper" of "myhost" missing variant`, errs)
+}
+
+// Trees before Android 15 QPR2 define libwpa_client in Make: docs/DEVICE.md gives its Soong
+// modules, which serve the library in place of the platform's.
+func TestDeviceDocOlderTreesModules(t *testing.T) {
+	platform := strings.Replace(platformModules, wpaClientModules,
+		`cc_library { name: "libcutils", vendor_available: true, stl: "none" }`+"\n", 1)
+	ctx, errs := analyseWith(t, readProject(t, "Android.bp"),
+		map[string]string{supplicantDir + "/Android.bp": deviceBlock(t, "older trees")}, platform)
+	android.FailIfErrored(t, errs)
+	link := ctx.ModuleForTests(library, cfiVariant).Rule("ld")
+	if libs := link.Args["libFlags"]; !strings.Contains(libs, "/libwpa_client/android_vendor.VER_arm64_armv8-a_shared") {
+		t.Errorf("the library does not link libwpa_client as docs/DEVICE.md defines it: %s", libs)
 	}
 }
 

@@ -32,6 +32,12 @@
 
 namespace {
 
+#if defined(__aarch64__)
+constexpr const char* kHostBuild = "arm64 host";
+#else
+constexpr const char* kHostBuild = "x86-64 host";
+#endif
+
 // With the arguments a user would pass; network 0 is the lab's "tesmir", set up below.
 const char* const kCommands[] = {"PING",
                                  "IFNAME",
@@ -255,7 +261,9 @@ std::string CellOf(const Measure& m) {
     const std::string size = std::to_string(m.raw.size()) + " B";
     switch (m.kind) {
         case kEndsProcess:
-            return size + ": **ends the process** (" + strsignal(m.outcome.signal) + ")";
+            // The signal of the host build's trap; how a device ends: docs/RELIABILITY.md.
+            return size + ": **ends the process** (" + strsignal(m.outcome.signal) + ", the " +
+                   kHostBuild + " build's trap)";
         case kLosesByte:
             return size + ", no `\\n`: **last byte lost**, " + Cell(m.outcome.response);
         case kCut:

@@ -50,7 +50,10 @@ class TESMIR_EXPORT WpacliWrapper {
     // of 0 bytes ends the process: the supplicant sends one for BSS of an entry it does not hold
     // (any BSS query before a scan, an id past the last), BSSID_IGNORE when empty,
     // INTERFACE_LIST, RADIO_WORK show, VENDOR_ELEM_GET and WFD_SUBELEM_GET; on a device, also
-    // DRIVER when the vendor's library answers nothing (docs/FORK.md). It ends by the
+    // DRIVER when the vendor's library answers nothing (docs/FORK.md). No BSS query is safe
+    // from it while the supplicant's table changes: entries go when scans stop seeing them, with
+    // age, and on any client's BSS_FLUSH; "BSS RANGE=N-" is empty only when nothing at or past N
+    // is left (how often that ends a listing: docs/RELIABILITY.md). It ends by the
     // platform's unsigned-overflow check, differently on each platform generation
     // (docs/RELIABILITY.md). docs/COMMANDS.md lists what each command gives on nl80211, measured
     // against wpa_supplicant 2.10 in both builds; examples/recipes shows queries that fit.

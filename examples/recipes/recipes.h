@@ -103,7 +103,7 @@ struct Bss {
 
 // Every BSS the supplicant holds, from its last scans. Empty when it holds none. SSIDs of up to
 // 24 bytes come whole (25 while ids are below 100): the SSID element in hex fills the 63 bytes of
-// a reply; of a longer one the first bytes, with its length. One BSS takes four queries; an
+// a reply; of a longer one the first bytes, with its length. One BSS takes three queries; an
 // entry the supplicant drops during the listing is skipped. Each query can still end the process
 // in one case: when every entry from the one it asks for to the last is dropped between two
 // queries (docs/RELIABILITY.md). A listing right after a scan of your own has the quietest table.

@@ -19,7 +19,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <chrono>
 #include <memory>
 #include <string>
@@ -29,22 +28,10 @@
 
 #include "WpacliWrapper.h"
 #include "bench_lab.h"
+#include "quiet_waits.h"
 #include "recipes.h"
 
 using Clock = std::chrono::steady_clock;
-
-// Waiting-mode calls that end after 3 s without an event, counted from the library's error line
-// in place of liblog: a scan that falls back on its quiet wait.
-std::atomic<int> gQuietWaits{0};
-// NOLINTNEXTLINE(bugprone-reserved-identifier): liblog's name, replaced for this program
-extern "C" __attribute__((visibility("default"))) int __android_log_print(int priority,
-                                                                          const char* tag,
-                                                                          const char* fmt, ...) {
-    (void)priority;
-    (void)tag;
-    if (strstr(fmt, "timed out") != nullptr) ++gQuietWaits;
-    return 0;
-}
 
 namespace {
 
@@ -98,10 +85,10 @@ int Cost(WpacliWrapper& client, const BenchLab& lab, int rounds) {
     RawClient raw(lab);
     if (!raw.ok()) return 1;
     for (int round = 0; round < rounds; ++round) {
-        gQuietWaits = 0;
+        ResetQuietWaits();
         Clock::time_point start = Clock::now();
         const bool scanned = recipes::Scan(client, "2412,2437,2462");
-        printf("scan,%.3f,%d\n", Millis(start), gQuietWaits.load());
+        printf("scan,%.3f,%d\n", Millis(start), QuietWaits());
         std::vector<recipes::Bss> found;
         start = Clock::now();
         if (!scanned || !recipes::ListNetworks(client, &found)) return 1;

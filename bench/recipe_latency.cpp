@@ -29,22 +29,10 @@
 #include <wpa_ctrl.h>
 
 #include "WpacliWrapper.h"
+#include "quiet_waits.h"
 #include "recipes.h"
 
 using Clock = std::chrono::steady_clock;
-
-// Every waiting-mode call that ends after 3 s without an event logs "... timed out ..." at the
-// error level: counted here, in place of liblog, as the recipe's fallbacks on a quiet wait.
-std::atomic<int> gQuietWaits{0};
-// NOLINTNEXTLINE(bugprone-reserved-identifier): liblog's name, replaced for this program
-extern "C" __attribute__((visibility("default"))) int __android_log_print(int priority,
-                                                                          const char* tag,
-                                                                          const char* fmt, ...) {
-    (void)priority;
-    (void)tag;
-    if (strstr(fmt, "timed out") != nullptr) ++gQuietWaits;
-    return 0;
-}
 
 namespace {
 
@@ -164,14 +152,14 @@ int main(int argc, char** argv) {
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(200));
         for (const Task& task : tasks) {
-            gQuietWaits = 0;
+            ResetQuietWaits();
             const Clock::time_point start = Clock::now();
             const bool ok = task.run(*client);
             const Clock::duration took = Clock::now() - start;
             Clock::time_point seen;
             const bool raw = listener.First(std::regex(task.awaited), start, &seen);
             printf("%s,%d,%.3f,%.3f,%d,%d\n", task.name, round, raw ? Millis(seen - start) : -1.0,
-                   Millis(took), gQuietWaits.load(), ok ? 1 : 0);
+                   Millis(took), QuietWaits(), ok ? 1 : 0);
             fflush(stdout);
             if (!ok) fprintf(stderr, "recipe latency: %s failed in round %d\n", task.name, round);
             if (!ok) break;

@@ -8,11 +8,16 @@
 #   bench.sh           full run, writes docs/
 #   bench.sh --short   one quick pass (CI): checks that everything builds and runs; writes only
 #                      into the build tree and asserts no threshold
+#   bench.sh --radio   runs again only the radio lab's benchmarks (recipes, crowd), each of which
+#                      has its baseline in its own run, and writes the report with the other
+#                      figures as the last full run left them in docs/
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 short=0
+radio_only=0
 [ "${1:-}" = "--short" ] && short=1
+[ "${1:-}" = "--radio" ] && radio_only=1
 build=build-bench
 out=docs
 if [ "$short" -eq 1 ]; then
@@ -29,19 +34,12 @@ echo "== building the benchmarks (and the arm64 library, for its size)"
 cmake -S . -B "$build" -G Ninja -DTESMIR_BUILD_BENCH=ON -DTESMIR_BUILD_TESTS=OFF \
     -DTESMIR_BENCHMARK_SOURCE_DIR="$PWD/$build/_deps/benchmark" >/dev/null
 cmake --build "$build" >/dev/null
-if [ "$short" -eq 0 ]; then
+if [ "$short" -eq 0 ] && [ "$radio_only" -eq 0 ]; then
     scripts/install-deps.sh --arm64 >/dev/null
     cmake -S . -B build-arm64 -G Ninja -DTESMIR_BUILD_TESTS=OFF \
         -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/aarch64-linux-gnu.toolchain.cmake" >/dev/null
     cmake --build build-arm64 --target tesmirwpacliwrapper >/dev/null
 fi
-
-echo "== starting a supplicant in a throwaway namespace"
-scripts/supplicant-lab.sh check
-lab=$(mktemp -d /tmp/tesmir-lab.XXXXXX)
-trap 'scripts/supplicant-lab.sh down "$lab"; rm -rf "$lab"' EXIT
-scripts/supplicant-lab.sh up "$lab" >/dev/null
-export TESMIR_LAB_DIR=$lab
 
 if [ "$short" -eq 1 ]; then
     bench_args=(--benchmark_min_time=0.01)
@@ -56,14 +54,26 @@ else
     b2b_rounds=16
     recipe_rounds=20
     crowd_rounds=20
-    churn_listings=2000
+    churn_listings=1000
 fi
 
-echo "== benchmarks"
-"$build/bench/tesmir_bench" "${bench_args[@]}" --benchmark_out="$out/bench.json" \
-    --benchmark_out_format=json
-echo "== latency samples: $rounds rounds interleaved, $b2b_rounds back to back"
-"$build/bench/tesmir_execute_latency" "$rounds" "$b2b_rounds" "$out/execute_latency.csv"
+if [ "$radio_only" -eq 0 ]; then
+    echo "== starting a supplicant in a throwaway namespace"
+    scripts/supplicant-lab.sh check
+    lab=$(mktemp -d /tmp/tesmir-lab.XXXXXX)
+    trap 'scripts/supplicant-lab.sh down "$lab"; rm -rf "$lab"' EXIT
+    scripts/supplicant-lab.sh up "$lab" >/dev/null
+    export TESMIR_LAB_DIR=$lab
+
+    echo "== benchmarks"
+    "$build/bench/tesmir_bench" "${bench_args[@]}" --benchmark_out="$out/bench.json" \
+        --benchmark_out_format=json
+    echo "== latency samples: $rounds rounds interleaved, $b2b_rounds back to back"
+    "$build/bench/tesmir_execute_latency" "$rounds" "$b2b_rounds" "$out/execute_latency.csv"
+    scripts/supplicant-lab.sh down "$lab"
+    rm -rf "$lab"
+    trap - EXIT
+fi
 
 echo "== recipes against a raw listener: $recipe_rounds rounds per build, radio lab, real clock"
 recipes=()

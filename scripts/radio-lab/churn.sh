@@ -22,19 +22,19 @@ edge)
     while [ "$SECONDS" -lt "$end" ]; do
         radio disable
         sleep 0.6
-        station scan freq=2412,2437,2462
+        station scan freq=2412,2437,2462 only_new=1
         sleep 0.6
         station bss_flush 1
         radio enable
         sleep 0.6
-        station scan freq=2412,2437,2462
+        station scan freq=2412,2437,2462 only_new=1
         sleep 0.6
     done
     ;;
 flush-all)
     while [ "$SECONDS" -lt "$end" ]; do
         station bss_flush 0
-        station scan freq=2412,2437,2462
+        station scan freq=2412,2437,2462 only_new=1
         sleep 0.3
     done
     ;;

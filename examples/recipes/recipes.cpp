@@ -81,9 +81,9 @@ std::function<bool()> HeldAssociation(WpacliWrapper& client) {
 // empty), on the network whose id matches the pattern |id|.
 std::string CompletedPattern(const std::string& bssid, const std::string& id) {
     const std::string mac = bssid.empty() ? "[0-9a-f:]{17}" : bssid;
+    // CONNECTED behind a shorter event comes cut, often before its id: its BSSID decides.
     return EventPattern("CTRL-EVENT-(CONNECTED - [Cc]onnection to " + mac +
-                        R"( completed (\(auth\) )?\[id=)" + id + " |STATE-CHANGE id=" + id +
-                        " state=9 BSSID=" + mac + ")");
+                        "|STATE-CHANGE id=" + id + " state=9 BSSID=" + mac + ")");
 }
 
 // Waits for the station to complete a connection, to |bssid| when given; on |failure| (a
@@ -99,7 +99,8 @@ bool AwaitCompleted(WpacliWrapper& client, const std::string& bssid, int id,
     wait.happened = std::move(happened);
     wait.judge = [&](const std::string& event) {
         State state;
-        if (ParseState(event, &state) && state.state == kCompleted && (id < 0 || state.id == id) &&
+        if (ParseState(event, &state) && state.state == kCompleted &&
+            (id < 0 || state.id == id || state.id == kIdCut) &&
             (bssid.empty() || state.bssid == bssid)) {
             if (connected != nullptr) *connected = state.bssid;
             return Verdict::kDone;
@@ -128,14 +129,15 @@ std::string EventPattern(const std::string& name) {
 
 bool ParseState(const std::string& event, State* state) {
     // Every field is read before the SSID or id_str, the only text in these events that is not
-    // the supplicant's own; a cut event that no longer holds them all does not match. An event
-    // after the first of a call is cut to the first one's length: the BSSID of a STATE-CHANGE
-    // ends at byte 64, before the SSID, so that it survives behind any event of that length.
+    // the supplicant's own; a cut event that no longer holds the state and BSSID does not match.
+    // An event after the first of a call is cut to the first one's length: the BSSID ends at
+    // byte 64 of a STATE-CHANGE and 57 of a CONNECTED, so that it survives behind any event of
+    // that length.
     static const std::regex kStateChange(EventPattern(
             "CTRL-EVENT-STATE-CHANGE id=(-?[0-9]+) state=([0-9]+) BSSID=([0-9a-f:]{17})"));
     static const std::regex kConnected(
-            EventPattern("CTRL-EVENT-CONNECTED - [Cc]onnection to ([0-9a-f:]{17}) completed "
-                         "(\\(auth\\) )?\\[id=(-?[0-9]+) "));
+            EventPattern("CTRL-EVENT-CONNECTED - [Cc]onnection to ([0-9a-f:]{17})"));
+    static const std::regex kConnectedId(R"(^ completed (\(auth\) )?\[id=(-?[0-9]+) )");
     std::smatch match;
     if (std::regex_search(event, match, kStateChange)) {
         state->id = Number(match[2]);
@@ -144,9 +146,12 @@ bool ParseState(const std::string& event, State* state) {
         return true;
     }
     if (std::regex_search(event, match, kConnected)) {
-        state->id = Number(match[4]);
         state->state = kCompleted;
         state->bssid = match[2];
+        // The id when the event is long enough to hold it.
+        const std::string rest = match.suffix();
+        std::smatch id;
+        state->id = std::regex_search(rest, id, kConnectedId) ? Number(id[2]) : kIdCut;
         return true;
     }
     return false;

@@ -32,8 +32,9 @@ bool Command(WpacliWrapper& client, const std::string& command, std::string* rep
 std::string EventPattern(const std::string& name);
 
 // The station's state as CTRL-EVENT-STATE-CHANGE or CTRL-EVENT-CONNECTED tell it.
+constexpr int kIdCut = -2;  // State::id of a CONNECTED cut before its id
 struct State {
-    int id = -1;        // the network's id; -1 for none
+    int id = -1;        // the network's id; -1 for none, kIdCut when the event was cut before it
     int state = -1;     // wpa_states: 0 DISCONNECTED ... 3 SCANNING ... 9 COMPLETED
     std::string bssid;  // 00:00:00:00:00:00 for none
 };
@@ -44,7 +45,8 @@ constexpr int kAuthenticating = 4;  // below it, the station is not associated
 //   <3>CTRL-EVENT-STATE-CHANGE id=0 state=9 BSSID=02:00:00:00:01:00 SSID=...
 //   <3>CTRL-EVENT-CONNECTED - Connection to 02:00:00:00:01:00 completed [id=0 id_str=...]
 //   <3>CTRL-EVENT-CONNECTED - connection to 02:00:00:00:01:00 completed (auth) [id=0 id_str=...]
-// and long enough to hold every field up to the SSID or id_str, which are left unread.
+// and long enough to hold the state and BSSID (a CONNECTED's id when it holds it too). The SSID
+// and id_str, the only text in them that is not the supplicant's own, are left unread.
 bool ParseState(const std::string& event, State* state);
 
 // The state, from a supplicant built as devices build it: waiting mode on STATUS, whose

@@ -174,6 +174,10 @@ TEST(recipes, fields_come_only_from_where_the_supplicant_writes_them) {
     EXPECT_EQ(recipes::kCompleted, state.state);
     EXPECT_EQ(2, state.id);
     EXPECT_EQ("02:00:00:00:01:00", state.bssid);
+    // Cut after its BSSID, before its id.
+    EXPECT_TRUE(recipes::ParseState(
+            "<3>CTRL-EVENT-CONNECTED - Connection to 02:00:00:00:01:00 completed [i", &state));
+    EXPECT_EQ(recipes::kIdCut, state.id);
     // Cut before its BSSID is whole; an SSID that reads like an event.
     EXPECT_FALSE(
             recipes::ParseState("<3>CTRL-EVENT-STATE-CHANGE id=0 state=9 BSSID=02:00:0", &state));

@@ -40,10 +40,7 @@ class HostileTest : public RadioTest {
   protected:
     void SetUp() override {
         RadioTest::SetUp();
-        if (getenv("TESMIR_LAB_APS") == nullptr ||
-            std::string(getenv("TESMIR_LAB_APS")) != "hostile") {
-            GTEST_SKIP() << "needs the lab's hostile access points: radio-lab.sh run -a hostile";
-        }
+        if (!IsSkipped()) RequireLayout("hostile");
     }
 
     void Reset() {

@@ -29,10 +29,7 @@ class CrowdTest : public RadioTest {
   protected:
     void SetUp() override {
         RadioTest::SetUp();
-        if (getenv("TESMIR_LAB_APS") == nullptr ||
-            std::string(getenv("TESMIR_LAB_APS")) != "crowd") {
-            GTEST_SKIP() << "needs the lab's crowd: radio-lab.sh run -a crowd";
-        }
+        if (!IsSkipped()) RequireLayout("crowd");
     }
 
     // The BSSes the supplicant holds, as wpa_cli lists them whole.

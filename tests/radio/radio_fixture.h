@@ -51,6 +51,14 @@ class RadioTest : public ::testing::Test {
         ASSERT_EQ(0, client_->Open(socket));
     }
 
+    // Skips the test unless the lab runs the access points of |layout| (radio-lab.sh run -a).
+    void RequireLayout(const char* layout) {
+        const char* running = getenv("TESMIR_LAB_APS");
+        if (running == nullptr || strcmp(running, layout) != 0) {
+            GTEST_SKIP() << "needs the lab's access points of radio-lab.sh run -a " << layout;
+        }
+    }
+
     static std::string Run(const std::string& command) {
         std::string out;
         FILE* pipe = popen((command + " 2>/dev/null").c_str(), "r");

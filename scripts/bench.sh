@@ -8,9 +8,10 @@
 #   bench.sh           full run, writes docs/
 #   bench.sh --short   one quick pass (CI): checks that everything builds and runs; writes only
 #                      into the build tree and asserts no threshold
-#   bench.sh --radio   runs again only the radio lab's benchmarks (recipes, crowd), each of which
-#                      has its baseline in its own run, and writes the report with the other
-#                      figures as the last full run left them in docs/
+#   bench.sh --radio [recipes|crowd]
+#                      runs again only the radio lab's benchmarks (or one of them), each of
+#                      which has its baseline in its own run, and writes the report with the
+#                      other figures as the last full run left them in docs/
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -18,6 +19,7 @@ short=0
 radio_only=0
 [ "${1:-}" = "--short" ] && short=1
 [ "${1:-}" = "--radio" ] && radio_only=1
+radio_part=${2:-}
 build=build-bench
 out=docs
 if [ "$short" -eq 1 ]; then
@@ -78,6 +80,10 @@ fi
 echo "== recipes against a raw listener: $recipe_rounds rounds per build, radio lab, real clock"
 recipes=()
 for supplicant in device desktop; do
+    if [ "$radio_part" = crowd ]; then
+        recipes+=("$supplicant=$out/recipes-$supplicant.csv")
+        continue
+    fi
     csv=$out/recipes-$supplicant.csv
     status=0
     scripts/radio-lab.sh run -s "$supplicant" -c real -t 3000 -- \
@@ -93,6 +99,10 @@ echo "== the crowd: $crowd_rounds scans and listings, $churn_listings listings p
 crowds=()
 for supplicant in device desktop; do
     [ "${#recipes[@]}" -gt 0 ] || break
+    if [ "$radio_part" = recipes ]; then
+        crowds+=("$supplicant=$out/crowd-$supplicant.csv")
+        continue
+    fi
     csv=$out/crowd-$supplicant.csv
     scripts/radio-lab.sh run -s "$supplicant" -c real -a crowd -t 5000 -- bash -c \
         '"$0" cost "$1" && "$0" churn edge "$2" && "$0" churn flush-all "$(($2 / 4 + 1))"' \

@@ -19,6 +19,9 @@ namespace {
 // Every waiting-mode call gives up after 3 s without an event, with this status.
 constexpr int32_t kNoEvent = -22;
 
+// What follows "CTRL-EVENT-CONNECTED - " in an event cut before its BSSID is whole.
+constexpr const char* kCutBeforeMac = "[ A-Za-z]{0,14}[0-9a-f:]{0,16}$";
+
 // The value of KEY in a reply of KEY=VALUE lines ("" when absent).
 std::string Field(const std::string& reply, const std::string& key) {
     std::vector<std::string> lines;
@@ -78,12 +81,13 @@ std::function<bool()> HeldAssociation(WpacliWrapper& client) {
 
 // The events that tell a connection completed: the supplicant's own, the one a device build's
 // STATUS sends ("connection", "(auth)"), and that build's state change: to |bssid| (any when
-// empty), on the network whose id matches the pattern |id|.
+// empty), on the network whose id matches the pattern |id|. A CONNECTED behind a shorter event of
+// the same call comes cut, often before its BSSID ("<3>CTRL-EVENT-CONNECTED - Connection" behind
+// "<3>Associated with 02:00:00:00:01:00"): its name, at the start, still tells what happened.
 std::string CompletedPattern(const std::string& bssid, const std::string& id) {
     const std::string mac = bssid.empty() ? "[0-9a-f:]{17}" : bssid;
-    // CONNECTED behind a shorter event comes cut, often before its id: its BSSID decides.
-    return EventPattern("CTRL-EVENT-(CONNECTED - [Cc]onnection to " + mac +
-                        "|STATE-CHANGE id=" + id + " state=9 BSSID=" + mac + ")");
+    return EventPattern("CTRL-EVENT-(CONNECTED - ([Cc]onnection to " + mac + "|" + kCutBeforeMac +
+                        ")|STATE-CHANGE id=" + id + " state=9 BSSID=" + mac + ")");
 }
 
 // Waits for the station to complete a connection, to |bssid| when given; on |failure| (a
@@ -97,20 +101,30 @@ bool AwaitCompleted(WpacliWrapper& client, const std::string& bssid, int id,
     if (!failure.empty()) wait.pattern += "|" + EventPattern(failure);
     wait.askState = true;
     wait.happened = std::move(happened);
+    std::string found;
     wait.judge = [&](const std::string& event) {
         State state;
         if (ParseState(event, &state) && state.state == kCompleted &&
             (id < 0 || state.id == id || state.id == kIdCut) &&
             (bssid.empty() || state.bssid == bssid)) {
-            if (connected != nullptr) *connected = state.bssid;
+            found = state.bssid;
             return Verdict::kDone;
+        }
+        if (Matches(event, "CTRL-EVENT-CONNECTED - " + std::string(kCutBeforeMac))) {
+            return Verdict::kDone;  // completed, to a BSSID the event no longer holds
         }
         return !failure.empty() && Matches(event, failure) ? Verdict::kFailed : Verdict::kNotYet;
     };
-    std::string event;
-    if (!Await(client, "PING", wait, &event)) return false;
-    // Decided by happened(): the event that names the BSSID was lost.
-    return !event.empty() || connected == nullptr || CurrentBssid(client, connected);
+    if (!Await(client, "PING", wait)) return false;
+    if (!found.empty()) {
+        if (connected != nullptr) *connected = found;
+        return true;
+    }
+    // Decided by a cut event or by happened(): the BSSID comes from STATUS.
+    std::string now;
+    if (!CurrentBssid(client, &now) || (!bssid.empty() && now != bssid)) return false;
+    if (connected != nullptr) *connected = now;
+    return true;
 }
 
 }  // namespace

@@ -25,6 +25,10 @@ if [ "${1:-}" = --inside ]; then
     # Waiting mode prints the first event to come (exit 5 when it does not match REGEX): call
     # again until the awaited one comes (exit 0), or until 3 s pass without events (exit 22).
     # An event sent between two calls is lost; what it announces is then read directly.
+    # Patterns anchored on the event's start: an SSID may hold an event's name.
+    scanned='^<[0-9]>CTRL-EVENT-SCAN-RESULTS '
+    connected='^<[0-9]>CTRL-EVENT-CONNECTED - '
+    disconnected='^<[0-9]>CTRL-EVENT-DISCONNECTED '
     wait_for() {  # regex
         local status
         for _ in $(seq 20); do
@@ -41,8 +45,8 @@ if [ "${1:-}" = --inside ]; then
 
     say "Scan the lab's three channels"
     echo "Waiting mode on SCAN hands back the scan's first event, not its results (exit 5)"
-    run "$wpacli" -p "$socket" -w CTRL-EVENT-SCAN-RESULTS SCAN freq=2412,2437,2462 || true
-    wait_for CTRL-EVENT-SCAN-RESULTS
+    run "$wpacli" -p "$socket" -w "$scanned" SCAN freq=2412,2437,2462 || true
+    wait_for "$scanned"
     echo "SCAN_RESULTS is longer than 63 bytes: a host sees its header and a piece of one line"
     run "$wpacli" -p "$socket" SCAN_RESULTS
     echo "A BSS query narrowed with MASK= fits (0x87: id, bssid, freq, level)"
@@ -56,8 +60,8 @@ if [ "${1:-}" = --inside ]; then
     run "$wpacli" -p "$socket" SET_NETWORK 0 psk '"tesmir-passphrase"'
     run "$wpacli" -p "$socket" SET_NETWORK 0 scan_freq 2412
     echo "Waiting mode on SELECT_NETWORK hands back an early event of the connection (exit 5)"
-    run "$wpacli" -p "$socket" -w CTRL-EVENT-CONNECTED SELECT_NETWORK 0 || true
-    wait_for CTRL-EVENT-CONNECTED
+    run "$wpacli" -p "$socket" -w "$connected" SELECT_NETWORK 0 || true
+    wait_for "$connected"
 
     say "The connection and its signal"
     echo "STATUS begins with the BSS when connected; wpa_state comes too late to fit"
@@ -70,7 +74,7 @@ if [ "${1:-}" = --inside ]; then
     run "$wpacli" -p "$socket" -m 0x0f SIGNAL_POLL
 
     say "Disconnect: its event is the first to come, so one waiting call takes it"
-    run "$wpacli" -p "$socket" -w CTRL-EVENT-DISCONNECTED -k DISCONNECTED DISCONNECT
+    run "$wpacli" -p "$socket" -w "$disconnected" -k DISCONNECTED DISCONNECT
 
     say "A failure: no event arrives within 3 s (exit status 22 = EINVAL)"
     status=0

@@ -66,14 +66,7 @@ TEST_F(HostileTest, connects_with_the_right_passphrase_only) {
 }
 
 TEST_F(HostileTest, roams_between_access_points_named_like_an_event) {
-    std::string from;
-    ASSERT_TRUE(recipes::Connect(*client_, kEventName, Security::kWpa2Psk, kPassphrase, "2412 2437",
-                                 &from));
-    const std::string to = from == kAps[0].bssid ? kAps[2].bssid : kAps[0].bssid;
-    EXPECT_TRUE(recipes::Roam(*client_, to));
-    EXPECT_EQ(to, Connected());
-    EXPECT_TRUE(recipes::Roam(*client_, from));
-    EXPECT_EQ(from, Connected());
+    ExpectConnectAndRoam(kEventName, kAps[0].bssid, kAps[2].bssid);
 }
 
 // The SSID element keeps spaces, quotes and bytes past ASCII; a long one comes cut, and says so.

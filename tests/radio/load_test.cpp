@@ -19,9 +19,7 @@
 
 namespace {
 
-using radio::kPassphrase;
 using radio::RadioTest;
-using recipes::Security;
 
 constexpr size_t kCrowd = 24;
 
@@ -43,13 +41,7 @@ class CrowdTest : public RadioTest {
 
     void ExpectScanConnectAndRoam() {
         EXPECT_TRUE(recipes::Scan(*client_, "2412,2437,2462"));
-        std::string from;
-        ASSERT_TRUE(recipes::Connect(*client_, "tesmir", Security::kWpa2Psk, kPassphrase,
-                                     "2412 2437", &from));
-        const std::string to =
-                from == "02:00:00:00:01:00" ? "02:00:00:00:02:00" : "02:00:00:00:01:00";
-        EXPECT_TRUE(recipes::Roam(*client_, to));
-        EXPECT_EQ(to, Connected());
+        ExpectConnectAndRoam("tesmir", "02:00:00:00:01:00", "02:00:00:00:02:00");
     }
 };
 

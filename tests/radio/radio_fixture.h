@@ -105,6 +105,19 @@ class RadioTest : public ::testing::Test {
         return recipes::Await(*client_, "PING", wait);
     }
 
+    // Connects to the WPA2 network |ssid| of access points |a| and |b| (2412 and 2437 MHz), then
+    // roams to the one it did not join, and back.
+    void ExpectConnectAndRoam(const std::string& ssid, const std::string& a, const std::string& b) {
+        std::string from;
+        ASSERT_TRUE(recipes::Connect(*client_, ssid, recipes::Security::kWpa2Psk, kPassphrase,
+                                     "2412 2437", &from));
+        const std::string to = from == a ? b : a;
+        EXPECT_TRUE(recipes::Roam(*client_, to));
+        EXPECT_EQ(to, Connected());
+        EXPECT_TRUE(recipes::Roam(*client_, from));
+        EXPECT_EQ(from, Connected());
+    }
+
     std::string Connected() {
         std::string bssid;
         EXPECT_TRUE(recipes::CurrentBssid(*client_, &bssid));

@@ -116,11 +116,12 @@ bool ListingEnded(const std::string& socket, bool byId) {
     return WIFSIGNALED(status);
 }
 
-int Churn(const std::string& socket, const std::string& mode, int listings) {
+int Churn(const std::string& socket, const char* churnScript, const std::string& mode,
+          int listings) {
     const pid_t churn = fork();
     if (churn == 0) {
         setpgid(0, 0);
-        execl(getenv("TESMIR_LAB_CHURN"), "churn.sh", mode.c_str(), "100000", nullptr);
+        execl(churnScript, "churn.sh", mode.c_str(), "100000", nullptr);
         _exit(127);
     }
     sleep(3);  // the table in motion before the first listing
@@ -145,7 +146,8 @@ int Churn(const std::string& socket, const std::string& mode, int listings) {
 int main(int argc, char** argv) {
     const char* dir = getenv("TESMIR_LAB_DIR");
     const char* socket = getenv("TESMIR_LAB_SOCKET");
-    if (argc < 3 || dir == nullptr || socket == nullptr || getenv("TESMIR_LAB_CHURN") == nullptr) {
+    const char* churnScript = getenv("TESMIR_LAB_CHURN");
+    if (argc < 3 || dir == nullptr || socket == nullptr || churnScript == nullptr) {
         fprintf(stderr,
                 "usage: in scripts/radio-lab.sh run -a crowd: %s cost ROUNDS | churn "
                 "edge|flush-all LISTINGS\n",
@@ -153,7 +155,7 @@ int main(int argc, char** argv) {
         return 64;
     }
     const std::string what = argv[1];
-    if (what == "churn" && argc == 4) return Churn(socket, argv[2], atoi(argv[3]));
+    if (what == "churn" && argc == 4) return Churn(socket, churnScript, argv[2], atoi(argv[3]));
     std::unique_ptr<WpacliWrapper> client(GetWpacliWrapperHandle());
     if (what != "cost" || client->Open(socket) != 0) return 64;
     const BenchLab lab{socket, dir, "wlan0"};

@@ -13,8 +13,8 @@ std::atomic<int> gQuietWaits{0};
 
 // NOLINTNEXTLINE(bugprone-reserved-identifier): liblog's name, replaced for the program
 extern "C" __attribute__((visibility("default"))) int __android_log_print(int priority,
-                                                                         const char* tag,
-                                                                         const char* fmt, ...) {
+                                                                          const char* tag,
+                                                                          const char* fmt, ...) {
     (void)priority;
     (void)tag;
     if (strstr(fmt, "timed out") != nullptr) ++gQuietWaits;

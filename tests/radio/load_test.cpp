@@ -34,8 +34,9 @@ class CrowdTest : public RadioTest {
     size_t Held() {
         std::istringstream lines(Run("wpa_cli -p " + dir_ + "/ctrl -i wlan0 scan_results"));
         size_t held = 0;
-        for (std::string line; std::getline(lines, line);)
+        for (std::string line; std::getline(lines, line);) {
             held += line.rfind("02:00:00:00:", 0) == 0;
+        }
         return held;
     }
 

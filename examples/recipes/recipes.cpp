@@ -19,7 +19,12 @@ namespace {
 // Every waiting-mode call gives up after 3 s without an event, with this status.
 constexpr int32_t kNoEvent = -22;
 
-// What follows "CTRL-EVENT-CONNECTED - " in an event cut before its BSSID is whole.
+// The events that carry the station's state, each up to its first field; EventPattern()
+// anchors them. What follows the CONNECTED prefix in one cut before its BSSID is whole: the
+// rest of "Connection to " and part of the BSSID.
+constexpr const char* kStateChangeEvent = "CTRL-EVENT-STATE-CHANGE id=";
+constexpr const char* kConnectedEvent = "CTRL-EVENT-CONNECTED - ";
+constexpr const char* kDisconnectedEvent = "CTRL-EVENT-DISCONNECTED bssid=";
 constexpr const char* kCutBeforeMac = "[ A-Za-z]{0,14}[0-9a-f:]{0,16}$";
 
 // The value of KEY in a reply of KEY=VALUE lines ("" when absent).
@@ -86,8 +91,9 @@ std::function<bool()> HeldAssociation(WpacliWrapper& client) {
 // "<3>Associated with 02:00:00:00:01:00"): its name, at the start, still tells what happened.
 std::string CompletedPattern(const std::string& bssid, const std::string& id) {
     const std::string mac = bssid.empty() ? "[0-9a-f:]{17}" : bssid;
-    return EventPattern("CTRL-EVENT-(CONNECTED - ([Cc]onnection to " + mac + "|" + kCutBeforeMac +
-                        ")|STATE-CHANGE id=" + id + " state=9 BSSID=" + mac + ")");
+    return EventPattern("(" + std::string(kConnectedEvent) + "([Cc]onnection to " + mac + "|" +
+                        kCutBeforeMac + ")|" + kStateChangeEvent + id + " state=9 BSSID=" + mac +
+                        ")");
 }
 
 // Waits for the station to complete a connection, to |bssid| when given; on |failure| (a
@@ -104,14 +110,12 @@ bool AwaitCompleted(WpacliWrapper& client, const std::string& bssid, int id,
     std::string found;
     wait.judge = [&](const std::string& event) {
         State state;
+        // A BSSID the event no longer holds is checked below, with STATUS.
         if (ParseState(event, &state) && state.state == kCompleted &&
             (id < 0 || state.id == id || state.id == kIdCut) &&
-            (bssid.empty() || state.bssid == bssid)) {
+            (bssid.empty() || state.bssid == bssid || state.bssid.empty())) {
             found = state.bssid;
             return Verdict::kDone;
-        }
-        if (Matches(event, "CTRL-EVENT-CONNECTED - " + std::string(kCutBeforeMac))) {
-            return Verdict::kDone;  // completed, to a BSSID the event no longer holds
         }
         return !failure.empty() && Matches(event, failure) ? Verdict::kFailed : Verdict::kNotYet;
     };
@@ -120,11 +124,37 @@ bool AwaitCompleted(WpacliWrapper& client, const std::string& bssid, int id,
         if (connected != nullptr) *connected = found;
         return true;
     }
-    // Decided by a cut event or by happened(): the BSSID comes from STATUS.
+    // Decided by an event cut before its BSSID, or by happened(): the BSSID comes from STATUS.
     std::string now;
     if (!CurrentBssid(client, &now) || (!bssid.empty() && now != bssid)) return false;
     if (connected != nullptr) *connected = now;
     return true;
+}
+
+// Sends |command| in waiting mode and waits up to |seconds| for the station to be disconnected:
+// its DISCONNECTED event, whose reason code goes to |reason| when the event holds it (else 0),
+// or a state below authenticating.
+bool AwaitDisconnected(WpacliWrapper& client, const std::string& command, int seconds,
+                       int* reason) {
+    // "<3>CTRL-EVENT-DISCONNECTED bssid=02:00:00:00:01:00 reason=3 locally_generated=1"
+    static const std::regex kReason(
+            EventPattern(std::string(kDisconnectedEvent) + "[0-9a-f:]{17} reason=([0-9]+)"));
+    *reason = 0;
+    Wait wait;
+    wait.pattern = EventPattern(kDisconnectedEvent);
+    wait.askState = true;
+    wait.seconds = seconds;
+    wait.happened = [&client] { return !CurrentBssid(client, nullptr); };
+    wait.judge = [reason](const std::string& event) {
+        std::smatch match;
+        if (std::regex_search(event, match, kReason)) *reason = Number(match[2]);
+        State state;
+        return Matches(event, kDisconnectedEvent) ||
+                               (ParseState(event, &state) && state.state < kAuthenticating)
+                       ? Verdict::kDone
+                       : Verdict::kNotYet;
+    };
+    return Await(client, command, wait);
 }
 
 }  // namespace
@@ -143,14 +173,15 @@ std::string EventPattern(const std::string& name) {
 
 bool ParseState(const std::string& event, State* state) {
     // Every field is read before the SSID or id_str, the only text in these events that is not
-    // the supplicant's own; a cut event that no longer holds the state and BSSID does not match.
-    // An event after the first of a call is cut to the first one's length: the BSSID ends at
-    // byte 64 of a STATE-CHANGE and 57 of a CONNECTED, so that it survives behind any event of
-    // that length.
+    // the supplicant's own. An event after the first of a call is cut to the first one's length:
+    // the BSSID ends at byte 64 of a STATE-CHANGE and 57 of a CONNECTED, so that it survives
+    // behind any event of that length; a CONNECTED cut shorter still tells, by its name at the
+    // start, that a connection completed.
     static const std::regex kStateChange(EventPattern(
-            "CTRL-EVENT-STATE-CHANGE id=(-?[0-9]+) state=([0-9]+) BSSID=([0-9a-f:]{17})"));
-    static const std::regex kConnected(
-            EventPattern("CTRL-EVENT-CONNECTED - [Cc]onnection to ([0-9a-f:]{17})"));
+            std::string(kStateChangeEvent) + "(-?[0-9]+) state=([0-9]+) BSSID=([0-9a-f:]{17})"));
+    static const std::regex kConnected(EventPattern(std::string(kConnectedEvent) +
+                                                    "([Cc]onnection to ([0-9a-f:]{17})|" +
+                                                    kCutBeforeMac + ")"));
     static const std::regex kConnectedId(R"(^ completed (\(auth\) )?\[id=(-?[0-9]+) )");
     std::smatch match;
     if (std::regex_search(event, match, kStateChange)) {
@@ -161,7 +192,7 @@ bool ParseState(const std::string& event, State* state) {
     }
     if (std::regex_search(event, match, kConnected)) {
         state->state = kCompleted;
-        state->bssid = match[2];
+        state->bssid = match[3];
         // The id when the event is long enough to hold it.
         const std::string rest = match.suffix();
         std::smatch id;
@@ -175,8 +206,7 @@ bool QueryState(WpacliWrapper& client, State* state) {
     // The first event of a call arrives whole; behind a shorter one it is cut, and asked again.
     std::string event;
     for (int tries = 0; tries < 3; ++tries) {
-        if (client.Execute("STATUS", EventPattern("CTRL-EVENT-STATE-CHANGE id="), event, true) !=
-            0) {
+        if (client.Execute("STATUS", EventPattern(kStateChangeEvent), event, true) != 0) {
             return false;
         }
         if (ParseState(event, state)) return true;
@@ -202,7 +232,7 @@ bool Await(WpacliWrapper& client, const std::string& command, const Wait& wait,
                 if (event != nullptr) *event = response;
                 return verdict == Verdict::kDone;
             }
-            sendsState = sendsState || Matches(response, "CTRL-EVENT-STATE-CHANGE id=");
+            sendsState = sendsState || Matches(response, kStateChangeEvent);
             State state;
             asked = next == "STATUS" && !ParseState(response, &state) ? asked + 1 : 0;
         } else if (!(sendsState && wait.askState) && wait.happened && wait.happened()) {
@@ -419,19 +449,8 @@ bool ReadSignal(WpacliWrapper& client, Signal* signal) {
 
 bool Disconnect(WpacliWrapper& client) {
     // DISCONNECTED is the first event to come; with nothing to disconnect from, none comes.
-    Wait wait;
-    wait.pattern = EventPattern("CTRL-EVENT-DISCONNECTED bssid=");
-    wait.askState = true;
-    wait.seconds = 10;
-    wait.happened = [&client] { return !CurrentBssid(client, nullptr); };
-    wait.judge = [](const std::string& event) {
-        State state;
-        return Matches(event, "CTRL-EVENT-DISCONNECTED bssid=") ||
-                               (ParseState(event, &state) && state.state < kAuthenticating)
-                       ? Verdict::kDone
-                       : Verdict::kNotYet;
-    };
-    return Await(client, "DISCONNECT", wait);
+    int reason = 0;
+    return AwaitDisconnected(client, "DISCONNECT", 10, &reason);
 }
 
 bool Reconnect(WpacliWrapper& client, std::string* bssid) {
@@ -449,26 +468,7 @@ bool Roam(WpacliWrapper& client, const std::string& bssid) {
 }
 
 bool WaitForLinkLoss(WpacliWrapper& client, int seconds, int* reason) {
-    // "<3>CTRL-EVENT-DISCONNECTED bssid=02:00:00:00:01:00 reason=3 locally_generated=1"
-    static const std::regex kDisconnected(
-            EventPattern("CTRL-EVENT-DISCONNECTED bssid=[0-9a-f:]{17} reason=([0-9]+)"));
-    *reason = 0;
-    Wait wait;
-    wait.pattern = EventPattern("CTRL-EVENT-DISCONNECTED bssid=");
-    wait.askState = true;
-    wait.seconds = seconds;
-    wait.happened = [&client] { return !CurrentBssid(client, nullptr); };
-    wait.judge = [reason](const std::string& event) {
-        std::smatch match;
-        State state;
-        if (std::regex_search(event, match, kDisconnected)) {
-            *reason = Number(match[2]);
-            return Verdict::kDone;
-        }
-        return ParseState(event, &state) && state.state < kAuthenticating ? Verdict::kDone
-                                                                          : Verdict::kNotYet;
-    };
-    return Await(client, "PING", wait);
+    return AwaitDisconnected(client, "PING", seconds, reason);
 }
 
 bool Forget(WpacliWrapper& client) {

@@ -45,8 +45,9 @@ constexpr int kAuthenticating = 4;  // below it, the station is not associated
 //   <3>CTRL-EVENT-STATE-CHANGE id=0 state=9 BSSID=02:00:00:00:01:00 SSID=...
 //   <3>CTRL-EVENT-CONNECTED - Connection to 02:00:00:00:01:00 completed [id=0 id_str=...]
 //   <3>CTRL-EVENT-CONNECTED - connection to 02:00:00:00:01:00 completed (auth) [id=0 id_str=...]
-// and long enough to hold the state and BSSID (a CONNECTED's id when it holds it too). The SSID
-// and id_str, the only text in them that is not the supplicant's own, are left unread.
+// and long enough to hold the state and BSSID (a CONNECTED's id when it holds it too), or a
+// CONNECTED cut before its BSSID is whole, which gives state 9, an empty |bssid| and kIdCut. The
+// SSID and id_str, the only text in them that is not the supplicant's own, are left unread.
 bool ParseState(const std::string& event, State* state);
 
 // The state, from a supplicant built as devices build it: waiting mode on STATUS, whose
@@ -148,7 +149,8 @@ bool Reconnect(WpacliWrapper& client, std::string* bssid);
 bool Roam(WpacliWrapper& client, const std::string& bssid);
 
 // Waits up to |seconds| for the link to drop (the AP going away, or a deauthentication), and
-// returns the DISCONNECTED event's reason code, or 0 when only the state told it.
+// returns the DISCONNECTED event's reason code, or 0 when the event was cut before it or only
+// the state told it.
 bool WaitForLinkLoss(WpacliWrapper& client, int seconds, int* reason);
 
 // Removes every configured network, which also disconnects.

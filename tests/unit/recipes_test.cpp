@@ -178,6 +178,10 @@ TEST(recipes, fields_come_only_from_where_the_supplicant_writes_them) {
     EXPECT_TRUE(recipes::ParseState(
             "<3>CTRL-EVENT-CONNECTED - Connection to 02:00:00:00:01:00 completed [i", &state));
     EXPECT_EQ(recipes::kIdCut, state.id);
+    // Behind a 36-byte first event it keeps only its name: completed, to a BSSID not told.
+    EXPECT_TRUE(recipes::ParseState("<3>CTRL-EVENT-CONNECTED - Connection", &state));
+    EXPECT_EQ(recipes::kCompleted, state.state);
+    EXPECT_EQ("", state.bssid);
     // Cut before its BSSID is whole; an SSID that reads like an event.
     EXPECT_FALSE(
             recipes::ParseState("<3>CTRL-EVENT-STATE-CHANGE id=0 state=9 BSSID=02:00:0", &state));

@@ -12,8 +12,9 @@
 #   radio-lab.sh supplicant BUILD            the station's binary for BUILD (below), built if need be
 #   radio-lab.sh run [-t SECONDS] [-s BUILD] [-c CLOCK] [-a LAYOUT] -- COMMAND...
 #       boots the lab and runs COMMAND inside it, in this directory and environment, plus
-#       TESMIR_LAB_DIR, TESMIR_LAB_SOCKET (the station's control socket) and TESMIR_LAB_BUILD;
-#       prints what it prints and exits with its status. 77: the lab cannot start here. 124:
+#       TESMIR_LAB_DIR, TESMIR_LAB_SOCKET (the station's control socket), TESMIR_LAB_BUILD,
+#       TESMIR_LAB_CLOCK and TESMIR_LAB_APS (as chosen), TESMIR_LAB_WIFI (radio-lab/wifi.sh) and
+#       TESMIR_LAB_CHURN (radio-lab/churn.sh); prints what it prints and exits with its status. 77: the lab cannot start here. 124:
 #       COMMAND ran past SECONDS (default 600) and the kernel was ended. Nothing is left running.
 #       BUILD, the station's wpa_supplicant (default: $TESMIR_SUPPLICANT, else device):
 #         device    Debian's source built as devices build it, with ANDROID defined

@@ -398,8 +398,11 @@ int main(int argc, char** argv) {
            "where that was not the awaited event, waiting-mode calls on `PING` until it came "
            "(`recipes::Await`), or until 3 s without events and a direct query showed "
            "what it announces: the event was then sent between two calls, and lost. Which early "
-           "event comes first, and which events are lost, vary from run to run; that the awaited "
-           "one does not come first, where the table says no, does not.\n\n"
+           "event comes first, and which events are lost, vary from run to run. That the awaited "
+           "one does not come first, where the table says no, held in every run on the lab's "
+           "simulated clock, where the host reads each event as it comes. A host that reads "
+           "late (on the real clock, a loaded machine) can find the whole flow queued behind "
+           "the early event, and waiting mode then walks on to the awaited one.\n\n"
            "| command | pattern | `Execute` returned, status 0 | matched | the event, later |\n"
            "|---|---|---|---|---|\n");
     for (const std::string& flow : flows) printf("%s\n", flow.c_str());

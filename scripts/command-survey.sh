@@ -3,7 +3,8 @@
 # Copyright 2026 The libtesmirwpacliwrapper Authors
 #
 # Regenerates docs/COMMANDS.md from a real supplicant on nl80211: builds tesmir-command-survey,
-# runs it in the radio lab (scripts/radio-lab.sh) three times on each supplicant build, and merges
+# runs it in the radio lab (scripts/radio-lab.sh) three times on each supplicant build, with the
+# standard access points and then the hostile ones (SSIDs), and merges
 # them (scripts/survey_merge.py): what differs between runs of one build is not told as a
 # difference of builds. Needs no root.
 set -euo pipefail
@@ -19,6 +20,9 @@ for supplicant in device desktop; do
     for run in $(seq "$runs"); do
         scripts/radio-lab.sh run -s "$supplicant" -- build/tools/tesmir-command-survey \
             "$version" >"$work/$supplicant-$run.md"
+        echo >>"$work/$supplicant-$run.md"
+        scripts/radio-lab.sh run -s "$supplicant" -a hostile -- \
+            build/tools/tesmir-command-survey --ssids >>"$work/$supplicant-$run.md"
     done
 done
 python3 scripts/survey_merge.py --device "$work"/device-*.md --desktop "$work"/desktop-*.md \

@@ -6,9 +6,12 @@
 // raw through libwpa_client and once through Execute in direct mode, and prints as Markdown what
 // a host gets back; then what waiting mode returns on the flows a host starts. Each direct
 // Execute runs in a child process: an empty reply ends the process that receives it.
-// Run by scripts/command-survey.sh, which writes docs/COMMANDS.md, inside the radio lab
-// (scripts/radio-lab.sh run), whose station and access points it expects.
+// With --ssids, among the lab's hostile access points (radio-lab.sh run -a hostile), what a host
+// gets back of each SSID instead. Run by scripts/command-survey.sh, which writes
+// docs/COMMANDS.md, inside the radio lab (scripts/radio-lab.sh run), whose station and access
+// points it expects.
 //   tesmir-command-survey SUPPLICANT_VERSION
+//   tesmir-command-survey --ssids
 
 #include <stddef.h>
 #include <stdio.h>
@@ -18,6 +21,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <regex>
@@ -308,13 +312,68 @@ std::string FamilyLineFeeds(const std::vector<Measure> (&states)[kStateCount], c
     return std::to_string(withLineFeed) + " of " + std::to_string(values);
 }
 
+// In a table cell, as it is (UTF-8 shows as text).
+std::string Plain(const std::string& bytes) {
+    std::string cell;
+    for (char c : bytes) cell += c == '|' ? std::string("\\|") : std::string(1, c);
+    return "`" + cell + "`";
+}
+
+// Every SSID the station hears, as the supplicant prints it, through Execute, and through
+// ListNetworks: a table section of its own.
+int SurveySsids(wpa_ctrl* raw, WpacliWrapper& client, const std::string& socket) {
+    Raw(raw, "BSS_FLUSH 0");
+    std::vector<recipes::Bss> found;
+    if (!recipes::Scan(client, "2412,2437,2462") || !recipes::ListNetworks(client, &found)) {
+        Die("no listing of the access points");
+    }
+    std::vector<std::string> rows;
+    for (const recipes::Bss& bss : found) {
+        const std::string query = "BSS " + bss.bssid + " MASK=0x1000";
+        const std::string printed = Raw(raw, query);
+        if (printed.rfind("ssid=", 0) != 0 || printed.back() != '\n') Die("no SSID in " + query);
+        const std::string sent = recipes::DecodeSsid(printed.substr(5, printed.size() - 6));
+        const Outcome direct = ThroughExecute(socket, query);
+        std::string listed;
+        if (bss.ssidWhole && bss.ssid == sent) {
+            listed = "whole";
+        } else if (!bss.ssidWhole && recipes::SsidCanBe(bss, sent)) {
+            listed = "its first " + std::to_string(bss.ssid.size()) + " bytes, `ssidWhole` false";
+        } else {
+            listed = "**wrong:** " + Cell(bss.ssid, 40);
+        }
+        rows.push_back(
+                "| " + bss.bssid + " | " + Plain(sent) + " | " + std::to_string(sent.size()) +
+                " | " +
+                (direct.signal != 0 ? std::string("ends the process") : Cell(direct.response, 64)) +
+                " | " + listed + " |");
+    }
+    std::sort(rows.begin(), rows.end());
+    printf("## SSIDs as a host gets them\n\n"
+           "Among access points whose names pass for events and fields, or are in other "
+           "scripts (`radio-lab.sh run -a hostile`, all WPA2-PSK), after a scan: each BSS's SSID "
+           "as "
+           "the access point sends it, its length, the supplicant's own text of it "
+           "(`BSS <bssid> MASK=0x1000`) through `Execute`, and what `recipes::ListNetworks` "
+           "gives, which reads the SSID element in hex (`MASK=0x401`, `ie=00LL...`): whole up "
+           "to a length that the reply's 63 bytes set, and the rest cut with `ssidWhole` false "
+           "and the length kept (`SsidCanBe`). The supplicant's text escapes `\"`, `\\` and every "
+           "byte past printable ASCII (`\\xNN`), and `Execute` removes its spaces and cuts it, "
+           "inside an escape too.\n\n"
+           "| BSS | SSID | bytes | its text through `Execute` | `ListNetworks` |\n"
+           "|---|---|---|---|---|\n");
+    for (const std::string& row : rows) printf("%s\n", row.c_str());
+    return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     const char* lab = getenv("TESMIR_LAB_DIR");
     const char* socketEnv = getenv("TESMIR_LAB_SOCKET");
     if (argc != 2 || lab == nullptr || socketEnv == nullptr) {
-        fprintf(stderr, "usage: run in scripts/radio-lab.sh: tesmir-command-survey VERSION\n");
+        fprintf(stderr,
+                "usage: run in scripts/radio-lab.sh: tesmir-command-survey VERSION|--ssids\n");
         return 64;
     }
     const std::string socket = socketEnv;
@@ -322,9 +381,10 @@ int main(int argc, char** argv) {
     // own with a counter of its own.
     wpa_ctrl* raw = wpa_ctrl_open2(socket.c_str(), lab);
     if (raw == nullptr) Die("cannot open " + socket);
-    for (const char* command : kNetwork) Raw(raw, command);
     std::unique_ptr<WpacliWrapper> client(GetWpacliWrapperHandle());
     if (client->Open(socket) != 0) Die("cannot open " + socket);
+    if (strcmp(argv[1], "--ssids") == 0) return SurveySsids(raw, *client, socket);
+    for (const char* command : kNetwork) Raw(raw, command);
 
     std::vector<Measure> states[kStateCount];
     states[0] = Survey(raw, socket);

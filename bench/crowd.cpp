@@ -8,8 +8,9 @@
 //       and "list,bsses,library_ms,raw_ms", raw_ms the same queries through libwpa_client alone
 //   tesmir_crowd churn edge|flush-all LISTINGS
 //       the table changing under the host (radio-lab/churn.sh, started and ended here): LISTINGS
-//       listings by ids as the recipes listed before ("by-id") and as they list now ("range"),
-//       alternating, each in a child process: "churn,MODE,DESIGN,listings,ended,ms_per_listing"
+//       listings of each design in turn, each in a child process: by ids as the recipes listed
+//       before ("by-id"), by range as they list now ("range"), and by position ("position"):
+//       "churn,MODE,DESIGN,listings,ended,ms_per_listing"
 
 #include <signal.h>
 #include <stdarg.h>
@@ -67,6 +68,27 @@ bool ListById(WpacliWrapper& client) {
     }
 }
 
+// By position: BSS <n> is the n-th entry in id order, empty only once the table holds n entries
+// or fewer. Ends at the position that holds the last id held when it began, or past it.
+bool ListByPosition(WpacliWrapper& client) {
+    std::string reply;
+    if (!recipes::Command(client, "SCAN_RESULTS", &reply) ||
+        reply.find('\n') == std::string::npos) {
+        return true;
+    }
+    if (!recipes::Command(client, "BSS LAST MASK=0x1", &reply)) return false;
+    const int last = Id(reply);
+    for (int n = 0;; ++n) {
+        int id = -1;
+        for (const char* mask : {"0x87", "0x801", "0x401"}) {
+            const std::string query = "BSS " + std::to_string(n) + " MASK=" + mask;
+            if (!recipes::Command(client, query, &reply)) return false;
+            id = Id(reply);
+        }
+        if (id >= last) return true;
+    }
+}
+
 // The commands a listing of |found| sent, as ListNetworks sends them.
 std::vector<std::string> ListingCommands(const std::vector<recipes::Bss>& found) {
     std::vector<std::string> commands = {"SCAN_RESULTS", "BSS LAST MASK=0x1"};
@@ -102,14 +124,24 @@ int Cost(WpacliWrapper& client, const BenchLab& lab, int rounds) {
     return 0;
 }
 
+enum Design { kById, kRange, kPosition, kDesigns };
+const char* const kDesignNames[kDesigns] = {"by-id", "range", "position"};
+
 // One listing in a child process: whether it ended the process.
-bool ListingEnded(const std::string& socket, bool byId) {
+bool ListingEnded(const std::string& socket, Design design) {
     const pid_t child = fork();
     if (child == 0) {
         std::unique_ptr<WpacliWrapper> client(GetWpacliWrapperHandle());
         std::vector<recipes::Bss> found;
         if (client->Open(socket) != 0) _exit(2);
-        _exit(byId ? !ListById(*client) : !recipes::ListNetworks(*client, &found));
+        switch (design) {
+            case kById:
+                _exit(!ListById(*client));
+            case kPosition:
+                _exit(!ListByPosition(*client));
+            default:
+                _exit(!recipes::ListNetworks(*client, &found));
+        }
     }
     int status = 0;
     waitpid(child, &status, 0);
@@ -125,17 +157,18 @@ int Churn(const std::string& socket, const char* churnScript, const std::string&
         _exit(127);
     }
     sleep(3);  // the table in motion before the first listing
-    int ended[2] = {0, 0};
-    double millis[2] = {0, 0};
-    for (int i = 0; i < 2 * listings; ++i) {
+    int ended[kDesigns] = {};
+    double millis[kDesigns] = {};
+    for (int i = 0; i < kDesigns * listings; ++i) {
+        const Design design = static_cast<Design>(i % kDesigns);
         const Clock::time_point start = Clock::now();
-        ended[i % 2] += ListingEnded(socket, i % 2 == 0);
-        millis[i % 2] += Millis(start);
+        ended[design] += ListingEnded(socket, design);
+        millis[design] += Millis(start);
     }
     kill(-churn, SIGTERM);
     waitpid(churn, nullptr, 0);
-    for (int design = 0; design < 2; ++design) {
-        printf("churn,%s,%s,%d,%d,%.1f\n", mode.c_str(), design == 0 ? "by-id" : "range", listings,
+    for (int design = 0; design < kDesigns; ++design) {
+        printf("churn,%s,%s,%d,%d,%.1f\n", mode.c_str(), kDesignNames[design], listings,
                ended[design], millis[design] / listings);
     }
     return 0;

@@ -56,7 +56,7 @@ else
     b2b_rounds=16
     recipe_rounds=20
     crowd_rounds=20
-    churn_listings=1000
+    churn_listings=2000
 fi
 
 if [ "$radio_only" -eq 0 ]; then

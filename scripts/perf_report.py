@@ -224,8 +224,8 @@ def crowd_section(builds):
               "*flush-all*, a second client's `BSS_FLUSH 0` and a scan every 0.3 s. Each listing "
               "runs in a child process; **ended** counts those the library ended on an empty "
               "reply. *by-id* lists as the recipes did before (`BSS FIRST`, `NEXT-<id>`, "
-              "`ID-<id>`), *range* as they do now (`BSS RANGE=<id>-`, the id checked), the two "
-              "alternating.", "",
+              "`ID-<id>`), *range* as they do now (`BSS RANGE=<id>-`, the id checked), *position* "
+              "by place in id order (`BSS <n>`), the three in turn.", "",
               "| build | churn | design | listings | ended | one in | ms per listing |",
               "|---|---|---|---|---|---|---|"]
     for build, mode, design, n, ended, ms in churn:

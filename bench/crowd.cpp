@@ -45,16 +45,23 @@ int Id(const std::string& reply) {
     return at == std::string::npos ? -1 : atoi(reply.c_str() + at + 3);
 }
 
-// How the recipes listed before: BSS FIRST, then NEXT-<id>, and ID-<id> for flags and SSID. Each
-// of these is empty, and ends the process, when the entry it names went away.
-bool ListById(WpacliWrapper& client) {
+// The last id held as a listing begins, found as ListNetworks finds it: -1 when nothing is held,
+// -2 when a reply failed.
+int LastHeld(WpacliWrapper& client) {
     std::string reply;
     if (!recipes::Command(client, "SCAN_RESULTS", &reply) ||
         reply.find('\n') == std::string::npos) {
-        return true;
+        return -1;
     }
-    if (!recipes::Command(client, "BSS LAST MASK=0x1", &reply)) return false;
-    const int last = Id(reply);
+    return recipes::Command(client, "BSS LAST MASK=0x1", &reply) ? Id(reply) : -2;
+}
+
+// How the recipes listed before: BSS FIRST, then NEXT-<id>, and ID-<id> for flags and SSID. Each
+// of these is empty, and ends the process, when the entry it names went away.
+bool ListById(WpacliWrapper& client) {
+    const int last = LastHeld(client);
+    if (last < 0) return last == -1;
+    std::string reply;
     for (std::string which = "FIRST";;) {
         if (!recipes::Command(client, "BSS " + which + " MASK=0x87", &reply)) return false;
         const int id = Id(reply);
@@ -71,13 +78,9 @@ bool ListById(WpacliWrapper& client) {
 // By position: BSS <n> is the n-th entry in id order, empty only once the table holds n entries
 // or fewer. Ends at the position that holds the last id held when it began, or past it.
 bool ListByPosition(WpacliWrapper& client) {
+    const int last = LastHeld(client);
+    if (last < 0) return last == -1;
     std::string reply;
-    if (!recipes::Command(client, "SCAN_RESULTS", &reply) ||
-        reply.find('\n') == std::string::npos) {
-        return true;
-    }
-    if (!recipes::Command(client, "BSS LAST MASK=0x1", &reply)) return false;
-    const int last = Id(reply);
     for (int n = 0;; ++n) {
         int id = -1;
         for (const char* mask : {"0x87", "0x801", "0x401"}) {

@@ -4,9 +4,9 @@
 #
 # Regenerates docs/COMMANDS.md from a real supplicant on nl80211: builds tesmir-command-survey,
 # runs it in the radio lab (scripts/radio-lab.sh) three times on each supplicant build, with the
-# standard access points and then the hostile ones (SSIDs), and merges
-# them (scripts/survey_merge.py): what differs between runs of one build is not told as a
-# difference of builds. Needs no root.
+# standard access points and then the hostile ones (SSIDs), and merges the runs
+# (scripts/survey_merge.py): what differs between runs of one build is not told as a difference
+# of builds. Needs no root.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 cmake -S . -B build -G Ninja -DTESMIR_BUILD_TESTS=ON -DTESMIR_BUILD_TOOLS=ON >/dev/null

@@ -163,7 +163,7 @@ int Churn(const std::string& socket, const char* churnScript, const std::string&
     int ended[kDesigns] = {};
     double millis[kDesigns] = {};
     for (int i = 0; i < kDesigns * listings; ++i) {
-        const Design design = static_cast<Design>(i % kDesigns);
+        const auto design = static_cast<Design>(i % kDesigns);
         const Clock::time_point start = Clock::now();
         ended[design] += ListingEnded(socket, design);
         millis[design] += Millis(start);

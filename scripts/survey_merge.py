@@ -24,7 +24,7 @@ ABOUT = (
 
 
 def sections(path):
-    """(intro lines, [(heading or None, [lines])]) with tables kept as line lists."""
+    """The lines before the first bold paragraph (title, what was measured), and the rest."""
     lines = open(path).read().split("\n")
     first = next(i for i, l in enumerate(lines) if l.startswith("**"))
     return lines[:first], lines[first:]

@@ -351,9 +351,8 @@ int SurveySsids(wpa_ctrl* raw, WpacliWrapper& client, const std::string& socket)
     std::sort(rows.begin(), rows.end());
     printf("## SSIDs as a host gets them\n\n"
            "Among access points whose names pass for events and fields, or are in other "
-           "scripts (`radio-lab.sh run -a hostile`, all WPA2-PSK), after a scan: each BSS's SSID "
-           "as "
-           "the access point sends it, its length, the supplicant's own text of it "
+           "scripts (`radio-lab.sh run -a hostile`, all WPA2-PSK), after a scan: each BSS's "
+           "SSID as the access point sends it, its length, the supplicant's own text of it "
            "(`BSS <bssid> MASK=0x1000`) through `Execute`, and what `recipes::ListNetworks` "
            "gives, which reads the SSID element in hex (`MASK=0x401`, `ie=00LL...`): whole up "
            "to a length that the reply's 63 bytes set, and the rest cut with `ssidWhole` false "

@@ -43,7 +43,7 @@ var (
 )
 
 // What the project reaches beyond the toolchain's modules, as the platform defines it: liblog as
-// LLNDK with its header library, googletest, and libwpa_client on the vendor side.
+// LLNDK with its header library, googletest, and libcutils.
 const platformModules = `
 cc_library { name: "liblog", no_libcrt: true, nocrt: true, system_shared_libs: [], stl: "none" }
 llndk_library { name: "liblog", symbol_file: "" }
@@ -51,13 +51,25 @@ cc_library_headers { name: "liblog_headers", vendor_available: true }
 cc_library_static { name: "libgtest", vendor_available: true, stl: "none" }
 cc_library_static { name: "libgtest_main", vendor_available: true, stl: "none" }
 cc_library_static { name: "libgmock", vendor_available: true, stl: "none" }
-` + wpaClientModules
-
-// libwpa_client as current trees define it; docs/DEVICE.md defines it for older ones.
-const wpaClientModules = `
-cc_library_shared { name: "libwpa_client", proprietary: true, stl: "none" }
-cc_library_headers { name: "libwpa_client_headers", soc_specific: true }
+cc_library { name: "libcutils", vendor_available: true, stl: "none" }
 `
+
+// libwpa_client on the vendor side, in the supplicant's own package, as trees from Android 15 QPR2
+// define it: the header library exports the package and the header's directory.
+const currentWpaClientModules = `
+cc_library_shared { name: "libwpa_client", proprietary: true, stl: "none" }
+cc_library_headers {
+    name: "libwpa_client_headers",
+    soc_specific: true,
+    export_include_dirs: [".", "wpa_client_include/libwpa_client"],
+}
+`
+
+const (
+	supplicantDir = "external/wpa_supplicant_8/wpa_supplicant"
+	// Every tree keeps the header here; AOSP's wpa_supplicant/src links to the tree's src.
+	wpaCtrlHeader = supplicantDir + "/wpa_client_include/libwpa_client/wpa_ctrl.h"
+)
 
 // Soong's mock file system: the project's files, so that a missing source is Soong's error, and
 // the platform's files that its toolchain modules name.
@@ -67,7 +79,7 @@ func mockFiles(t *testing.T) map[string][]byte {
 		// The host of docs/DEVICE.md, and the supplicant's files its older trees' modules name.
 		"vendor/host/main.cpp": nil, "vendor/host/myhost.rc": nil,
 		supplicantDir + "/src/common/wpa_ctrl.c": nil, supplicantDir + "/src/utils/os_unix.c": nil,
-		supplicantDir + "/src/utils/common.h": nil, supplicantDir + "/wpa_client_include/wpa_ctrl.h": nil,
+		supplicantDir + "/src/utils/common.h": nil, wpaCtrlHeader: nil,
 		"prebuilts/ndk/current/sources/cxx-stl/llvm-libc++/libs/arm64-v8a/libc++_shared.so": nil}
 	err := filepath.Walk(project, func(path string, info os.FileInfo, err error) error {
 		if err != nil {
@@ -109,14 +121,15 @@ func withoutLicenseModules(bp []byte, fs map[string][]byte) ([]byte, error) {
 	return licenseModules.ReplaceAll(bp, nil), nil
 }
 
-// Soong's analysis of |bp|, beside |other| as the Android.bp of another package if not empty.
+// Soong's analysis of |bp|, beside |other| as the Android.bp of another package if not empty, in a
+// tree whose libwpa_client is the platform's.
 func analyse(t *testing.T, bp []byte, other string) (*android.TestContext, []error) {
-	return analyseWith(t, bp, map[string]string{"vendor/host/Android.bp": other}, platformModules)
+	return analyseWith(t, bp, other, currentWpaClientModules)
 }
 
-// Soong's analysis of |bp| beside |packages| (path to Android.bp text, empty ones left out) and
-// |platform|, the platform's modules appended to it.
-func analyseWith(t *testing.T, bp []byte, packages map[string]string, platform string) (*android.TestContext, []error) {
+// Soong's analysis of |bp| beside |other| (as analyse) and |wpaClient|, the Android.bp of the
+// supplicant's package.
+func analyseWith(t *testing.T, bp []byte, other, wpaClient string) (*android.TestContext, []error) {
 	t.Helper()
 	fs := mockFiles(t)
 	bp, err := withoutLicenseModules(bp, fs)
@@ -124,13 +137,13 @@ func analyseWith(t *testing.T, bp []byte, packages map[string]string, platform s
 		return nil, []error{err}
 	}
 	files := []string{"Android.bp"}
-	for path, text := range packages {
+	for path, text := range map[string]string{"vendor/host/Android.bp": other, supplicantDir + "/Android.bp": wpaClient} {
 		if text != "" {
 			fs[path] = []byte(text)
 			files = append(files, path)
 		}
 	}
-	config := cc.TestConfig(t.TempDir(), android.Android, nil, string(bp)+platform, fs)
+	config := cc.TestConfig(t.TempDir(), android.Android, nil, string(bp)+platformModules, fs)
 	vndk, platformVndk := "current", "VER"
 	config.TestProductVariables.DeviceVndkVersion = &vndk
 	config.TestProductVariables.Platform_vndk_version = &platformVndk
@@ -325,8 +338,6 @@ func TestFuzzersLinkLibFuzzerOverTheCore(t *testing.T) {
 	}
 }
 
-const supplicantDir = "external/wpa_supplicant_8/wpa_supplicant"
-
 // A block of docs/DEVICE.md that a vendor copies, marked "<!-- checked: |mark| -->".
 func deviceBlock(t *testing.T, mark string) string {
 	t.Helper()
@@ -352,17 +363,51 @@ func TestDeviceDocConsumerModule(t *testing.T) {
 	android.FailIfNoMatchingErrors(t, `dependency "libtesmirwpacliwrapper" of "myhost" missing variant`, errs)
 }
 
+// The include directories of the core library's compile that hold wpa_ctrl.h. Soong checks only
+// that an exported directory exists, not what it holds: a wrong one fails at the compiler.
+func wpaCtrlIncludeDirs(t *testing.T, ctx *android.TestContext) []string {
+	t.Helper()
+	flags := ctx.ModuleForTests("libtesmirwpacliwrapper_core", "android_vendor.VER_arm64_armv8-a_static_cfi").
+		Rule("cc").Args["cFlags"]
+	var dirs []string
+	for _, m := range regexp.MustCompile(`(?:-I|-isystem )(\S+)`).FindAllStringSubmatch(flags, -1) {
+		if filepath.Join(m[1], "wpa_ctrl.h") == wpaCtrlHeader {
+			dirs = append(dirs, m[1])
+		}
+	}
+	return dirs
+}
+
+func TestLibraryCompilesWithThePlatformsWpaCtrlHeader(t *testing.T) {
+	if dirs := wpaCtrlIncludeDirs(t, analyseProject(t)); len(dirs) == 0 {
+		t.Errorf("no include directory of the library's compile holds %s", wpaCtrlHeader)
+	}
+}
+
 // Trees before Android 15 QPR2 define libwpa_client in Make: docs/DEVICE.md gives its Soong
-// modules, which serve the library in place of the platform's.
+// modules, which serve the library in place of the platform's. The page's first version
+// exported wpa_client_include, where no tree has the header: Soong accepts it, the compile fails.
 func TestDeviceDocOlderTreesModules(t *testing.T) {
-	platform := strings.Replace(platformModules, wpaClientModules,
-		`cc_library { name: "libcutils", vendor_available: true, stl: "none" }`+"\n", 1)
-	ctx, errs := analyseWith(t, readProject(t, "Android.bp"),
-		map[string]string{supplicantDir + "/Android.bp": deviceBlock(t, "older trees")}, platform)
+	block := deviceBlock(t, "older trees")
+	ctx, errs := analyseWith(t, readProject(t, "Android.bp"), "", block)
 	android.FailIfErrored(t, errs)
 	link := ctx.ModuleForTests(library, cfiVariant).Rule("ld")
 	if libs := link.Args["libFlags"]; !strings.Contains(libs, "/libwpa_client/android_vendor.VER_arm64_armv8-a_shared") {
 		t.Errorf("the library does not link libwpa_client as docs/DEVICE.md defines it: %s", libs)
+	}
+	if dirs := wpaCtrlIncludeDirs(t, ctx); len(dirs) == 0 {
+		t.Errorf("with docs/DEVICE.md's modules no include directory of the library's compile holds %s", wpaCtrlHeader)
+	}
+
+	exports := regexp.MustCompile(`export_include_dirs: \[[^\]]*\]`)
+	if n := len(exports.FindAllString(block, -1)); n != 2 {
+		t.Fatalf("docs/DEVICE.md's block has %d export_include_dirs, want one a module", n)
+	}
+	first := exports.ReplaceAllString(block, `export_include_dirs: ["wpa_client_include"]`)
+	ctx, errs = analyseWith(t, readProject(t, "Android.bp"), "", first)
+	android.FailIfErrored(t, errs)
+	if dirs := wpaCtrlIncludeDirs(t, ctx); len(dirs) != 0 {
+		t.Errorf("the first version's modules are accepted: %v hold %s", dirs, wpaCtrlHeader)
 	}
 }
 

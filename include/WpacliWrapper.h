@@ -75,8 +75,9 @@ class TESMIR_EXPORT WpacliWrapper {
     // negative result of select() or wpa_ctrl_pending(), leaving |response| untouched.
     //
     // On real flows the awaited event seldom comes first: waiting mode on SCAN returns
-    // CTRL-EVENT-SCAN-STARTED, on SELECT_NETWORK, RECONNECT or ROAM an early event of the
-    // connection, not CTRL-EVENT-CONNECTED; DISCONNECT gets its own event.
+    // CTRL-EVENT-SCAN-STARTED (from an idle station on a supplicant built with ANDROID defined,
+    // its CTRL-EVENT-STATE-CHANGE to state 3), on SELECT_NETWORK, RECONNECT or ROAM an early
+    // event of the connection, not CTRL-EVENT-CONNECTED; DISCONNECT gets its own event.
     //
     // |pattern| is found anywhere in an event, and events carry text that is not the
     // supplicant's: an SSID, up to 32 bytes chosen by whoever runs an access point, in

@@ -173,9 +173,9 @@ std::string EventPattern(const std::string& name) {
 
 bool ParseState(const std::string& event, State* state) {
     // Every field is read before the SSID or id_str, the only text in these events that is not
-    // the supplicant's own. An event after the first of a call is cut to the first one's length:
-    // the BSSID ends at byte 64 of a STATE-CHANGE and 57 of a CONNECTED, so that it survives
-    // behind any event of that length; a CONNECTED cut shorter still tells, by its name at the
+    // the supplicant's own. An event after the first of a call is cut to the length of the one
+    // before it: the BSSID ends at byte 64 of a STATE-CHANGE and 57 of a CONNECTED, so that it
+    // survives behind any event of that length; a CONNECTED cut shorter still tells, by its name at the
     // start, that a connection completed.
     static const std::regex kStateChange(EventPattern(
             std::string(kStateChangeEvent) + "(-?[0-9]+) state=([0-9]+) BSSID=([0-9a-f:]{17})"));

@@ -56,7 +56,8 @@ class TESMIR_EXPORT WpacliWrapper {
     // is left (how often that ends a listing: docs/RELIABILITY.md). It ends by the
     // platform's unsigned-overflow check, differently on each platform generation
     // (docs/RELIABILITY.md). docs/COMMANDS.md lists what each command gives on nl80211, measured
-    // against wpa_supplicant 2.10 in both builds; examples/recipes shows queries that fit.
+    // against wpa_supplicant 2.10 in both builds; the recipes (recipes/include) ask queries that
+    // fit.
     // wait == true: the direct reply is ignored and |response| receives what GetResponse()
     // returns for |pattern|.
     //
@@ -88,7 +89,7 @@ class TESMIR_EXPORT WpacliWrapper {
     // is associated; one named x" state=9 gives "... state=4 BSSID=... SSID=x\" state=9". Anchor
     // a pattern on the event's whole prefix, "^(IFNAME=\S+ )?<[0-9]>CTRL-EVENT-CONNECTED -
     // Connection to " (IFNAME= on the global control socket), and read fields only from before
-    // the SSID: examples/recipes (EventPattern, ParseState) does both.
+    // the SSID: the recipes (recipes/include: EventPattern, ParseState) do both.
     //
     // An event is at most 512 bytes. Each event after the first of one call is received into at
     // most as many bytes as the one before it, and cut there: after a 36-byte first event,

@@ -51,7 +51,7 @@ if [ "${1:-}" = --inside ]; then
     run "$wpacli" -p "$socket" SCAN_RESULTS
     echo "A BSS query narrowed with MASK= fits (0x87: id, bssid, freq, level)"
     run "$wpacli" -p "$socket" BSS FIRST MASK=0x87
-    echo "The list recipe reads every BSS that way (examples/recipes)"
+    echo "The list recipe reads every BSS that way (recipes/)"
     run "$recipes" "$socket" list
 
     say "Connect to the WPA2 network \"tesmir\""
@@ -95,5 +95,5 @@ cmake --build build-demo --target tesmir-wpacli tesmir-recipes >/dev/null
 say "Booting the radio lab: wpa_supplicant (nl80211) and four hostapd access points"
 scripts/radio-lab.sh check
 scripts/radio-lab.sh run -- scripts/demo.sh --inside "$PWD/build-demo/tools/tesmir-wpacli" \
-    "$PWD/build-demo/examples/tesmir-recipes"
+    "$PWD/build-demo/tools/tesmir-recipes"
 say "The lab has powered off; nothing is left running"

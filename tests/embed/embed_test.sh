@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copyright 2026 The libtesmirwpacliwrapper Authors
 #
-# Builds and runs a small host project that takes the library with add_subdirectory, and one that
-# finds version 1.0 installed with find_package; runs the installed tool from a moved prefix. A
+# Builds and runs a small host project that takes the library and the recipes with
+# add_subdirectory, and one that finds version 1.0 installed with find_package; runs the installed tool from a moved prefix. A
 # newer major version, a GCC configure and a host compiled against libstdc++ are refused.
 #   embed_test.sh WORK_DIR
 set -euo pipefail
@@ -37,10 +37,10 @@ mv "$work/prefix" "$work/moved"
 
 cmake -S "$here" -B "$work/v2" "${clang[@]}" -DCMAKE_PREFIX_PATH="$work/moved" -DTESMIR_VERSION=2.0 \
     >"$work/v2.log" 2>&1 && { echo "find_package(tesmirwpacliwrapper 2.0) succeeded"; exit 1; }
-refused "find_package 2.0" "$work/v2.log" 'tesmirwpacliwrapperConfig.cmake, version: 1.0.0'
+refused "find_package 2.0" "$work/v2.log" 'tesmirwpacliwrapperConfig.cmake, version: 1.1.0'
 cmake -S "$here" -B "$work/gcc" -DCMAKE_C_COMPILER=gcc -DCMAKE_CXX_COMPILER=g++ \
     -DTESMIR_SOURCE="$project" >"$work/gcc.log" 2>&1 && { echo "a GCC configure was not refused"; exit 1; }
 refused "GCC configure" "$work/gcc.log" 'must be built by clang with libc++'
-g++ -fsyntax-only -I"$work/moved/include" "$here/host.cpp" >"$work/gxx.log" 2>&1 &&
+g++ -fsyntax-only -I"$work/moved/include" -I"$work/moved/include/tesmirrecipes" "$here/host.cpp" >"$work/gxx.log" 2>&1 &&
     { echo "a g++ host compiled against the installed headers"; exit 1; }
 refused "g++ host" "$work/gxx.log" 'compile this host with clang and libc++'

@@ -3,11 +3,16 @@
 
 // The station in a crowd (scripts/radio-lab.sh run -a crowd): 24 BSSes, and a BSS table that
 // changes while a host reads it (radio-lab/churn.sh). A listing that meets an entry dropped
-// between two queries may end its process by design: under churn each one runs in a child,
-// tesmir-recipes (TESMIR_RECIPES), so that such an end is counted and does not end the suite.
+// between two queries may end its process by design: under churn the test lists through
+// helpers (tesmir-list-helper, TESMIR_LIST_HELPER), as a host that must not end does.
 
+#include <android/log.h>
+#include <dirent.h>
+#include <errno.h>
+#include <string.h>
 #include <sys/wait.h>
 
+#include <atomic>
 #include <chrono>
 #include <set>
 #include <sstream>
@@ -62,42 +67,68 @@ TEST_F(CrowdTest, lists_every_bss_held) {
     ExpectScanConnectAndRoam();
 }
 
-TEST_F(CrowdTest, under_churn_a_listing_holds_what_it_read_or_ends) {
-    const char* recipesTool = getenv("TESMIR_RECIPES");
-    ASSERT_NE(nullptr, recipesTool);
+// What a process holds: its descriptors, and libwpa_client's client sockets in /tmp.
+size_t Entries(const char* dir, const char* prefix) {
+    size_t count = 0;
+    DIR* d = opendir(dir);
+    while (const dirent* entry = readdir(d)) {
+        count += entry->d_name[0] != '.' && strncmp(entry->d_name, prefix, strlen(prefix)) == 0;
+    }
+    closedir(d);
+    return count;
+}
+
+// The host lists through helpers while its other threads allocate, log and drive clients of their
+// own: no listing ends it, each is whole or tells why not, and nothing is left behind.
+TEST_F(CrowdTest, under_churn_isolated_listings_never_end_the_host_and_leave_nothing) {
+    recipes::Isolation isolation;
+    isolation.helper = getenv("TESMIR_LIST_HELPER");
     ASSERT_TRUE(recipes::Scan(*client_, "2412,2437,2462"));
+    const size_t fds = Entries("/proc/self/fd", ""), sockets = Entries("/tmp", "wpa_ctrl_");
+    std::atomic<bool> busy{true};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i) {
+        auto client = std::make_shared<std::unique_ptr<WpacliWrapper>>(GetWpacliWrapperHandle());
+        ASSERT_EQ(0, (*client)->Open(socket_));  // one Open at a time (WpacliWrapper.h)
+        threads.emplace_back([client, &busy, i] {
+            std::string reply;
+            for (int n = 0; busy; ++n) {
+                std::vector<std::string> garbage(64, std::string(100 + n % 500, 'x'));
+                __android_log_print(ANDROID_LOG_DEBUG, "tesmir-test", "thread %d round %d", i, n);
+                EXPECT_EQ(0, (*client)->Execute("PING", "", reply, false));
+            }
+        });
+    }
     std::thread churn([] { Run(std::string(getenv("TESMIR_LAB_CHURN")) + " edge 20"); });
-    int listed = 0;
-    int ended = 0;
+    int listings = 0, whole = 0;
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(12);
     // Runs on the lab's real clock: churn.sh sleeps, and simulated time would not pass for it
     // while listings keep the machine busy.
-    while (std::chrono::steady_clock::now() < end && listed + ended < 200) {
-        FILE* child = popen((std::string(recipesTool) + " " + socket_ + " list").c_str(), "r");
-        ASSERT_NE(nullptr, child);
+    while (std::chrono::steady_clock::now() < end && listings < 200) {
+        std::vector<recipes::Bss> found;
+        recipes::ListingReport report;
+        const bool listed = recipes::ListNetworksIsolated(socket_, &found, &report, isolation);
+        ++listings;
+        whole += listed;
         std::set<std::string> bssids;
-        size_t lines = 0;
-        char line[256];
-        while (fgets(line, sizeof(line), child) != nullptr) {
-            bssids.insert(std::string(line).substr(0, 17));
-            ++lines;
-        }
-        const int status = pclose(child);
-        if (WIFEXITED(status) && WEXITSTATUS(status) == 0) {
-            ++listed;
-            EXPECT_EQ(lines, bssids.size()) << "a BSS listed twice";
-        } else {
-            // Ended by the empty reply, in the one case no order of reads avoids.
-            EXPECT_TRUE(WIFSIGNALED(status) || (WIFEXITED(status) && WEXITSTATUS(status) > 128))
-                    << "status " << status;
-            ++ended;
-        }
+        for (const recipes::Bss& bss : found) bssids.insert(bss.bssid);
+        EXPECT_EQ(found.size(), bssids.size()) << "a BSS listed twice";
+        EXPECT_EQ(report.helpers, report.ended + report.hung + report.failed + (listed ? 1 : 0));
+        EXPECT_EQ(report.failed, 0);
     }
-    RecordProperty("listings", listed + ended);
-    RecordProperty("ended", ended);
-    EXPECT_GT(listed, 0);
-    ExpectScanConnectAndRoam();
+    busy = false;
+    for (std::thread& thread : threads) thread.join();
     churn.join();
+    threads.clear();  // closes the threads' clients
+    RecordProperty("listings", listings);
+    RecordProperty("whole", whole);
+    EXPECT_GT(whole, 0);
+    EXPECT_EQ(fds, Entries("/proc/self/fd", ""));
+    EXPECT_EQ(sockets, Entries("/tmp", "wpa_ctrl_"));
+    errno = 0;
+    EXPECT_EQ(-1, waitpid(-1, nullptr, WNOHANG));
+    EXPECT_EQ(ECHILD, errno) << "a helper left unreaped or running";
+    ExpectScanConnectAndRoam();
 }
 
 }  // namespace

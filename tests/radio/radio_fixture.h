@@ -16,7 +16,7 @@
 #include <gtest/gtest.h>
 
 #include "WpacliWrapper.h"
-#include "recipes.h"
+#include "TesmirRecipes.h"
 
 namespace radio {
 

@@ -3,7 +3,7 @@
 
 // What a host sees on a real 802.11 stack: wpa_supplicant on nl80211 over mac80211_hwsim radios,
 // beside hostapd access points (scripts/radio-lab.sh), driven through the library and through the
-// recipes of examples/recipes. The lab runs either build of the supplicant (TESMIR_LAB_BUILD):
+// recipes (recipes/). The lab runs either build of the supplicant (TESMIR_LAB_BUILD):
 // as devices build it, or Debian's desktop build. Event sequences vary from run to run in which
 // early event comes first: these tests state what always holds.
 
@@ -25,7 +25,7 @@
 
 #include "WpacliWrapper.h"
 #include "radio_fixture.h"
-#include "recipes.h"
+#include "TesmirRecipes.h"
 
 namespace {
 

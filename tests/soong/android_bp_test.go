@@ -39,7 +39,8 @@ const (
 var (
 	fuzzers    = []string{"libtesmirwpacliwrapper_strutil_fuzzer", "libtesmirwpacliwrapper_event_fuzzer"}
 	ourModules = append([]string{"libtesmirwpacliwrapper_core", library,
-		"libtesmirwpacliwrapper_unit_test", "tesmir-wpacli"}, fuzzers...)
+		"libtesmirwpacliwrapper_unit_test", "tesmir-wpacli", "libtesmirrecipes", "tesmir-list-helper",
+		"tesmir-recipes"}, fuzzers...)
 )
 
 // What the project reaches beyond the toolchain's modules, as the platform defines it: liblog as
@@ -349,15 +350,19 @@ func deviceBlock(t *testing.T, mark string) string {
 	return string(block[1])
 }
 
-// The host module that docs/DEVICE.md gives vendors builds from another package; a copy without
-// vendor: true is refused.
+// The host module that docs/DEVICE.md gives vendors builds from another package, with the library
+// and the recipes; a copy without vendor: true is refused.
 func TestDeviceDocConsumerModule(t *testing.T) {
 	consumer := deviceBlock(t, "consumer module")
 	ctx, errs := analyse(t, readProject(t, "Android.bp"), consumer)
 	android.FailIfErrored(t, errs)
 	link := ctx.ModuleForTests("myhost", "android_vendor.VER_arm64_armv8-a").Rule("ld")
-	if libs := link.Args["libFlags"]; !strings.Contains(libs, "/"+library+"/"+cfiVariant+"/") {
+	libs := link.Args["libFlags"]
+	if !strings.Contains(libs, "/"+library+"/"+cfiVariant+"/") {
 		t.Errorf("myhost does not link the library's vendor variant: %s", libs)
+	}
+	if !strings.Contains(libs, "/libtesmirrecipes/android_vendor.VER_arm64_armv8-a_static/") {
+		t.Errorf("myhost does not link the recipes' vendor variant: %s", libs)
 	}
 	_, errs = analyse(t, readProject(t, "Android.bp"), strings.Replace(consumer, "    vendor: true,\n", "", 1))
 	android.FailIfNoMatchingErrors(t, `dependency "libtesmirwpacliwrapper" of "myhost" missing variant`, errs)

@@ -4,12 +4,12 @@
 #
 # Checks the arguments, exit codes and output of tesmir-wpacli and tesmir-recipes against the
 # real supplicant of the lab it runs in (scripts/radio-lab.sh run).
-#   tools_test.sh WPACLI RECIPES [EMULATOR]
+#   tools_test.sh WPACLI RECIPES LIST_HELPER [EMULATOR]
 set -uo pipefail
 # shellcheck disable=SC2206 # the emulator, when there is one, runs the tools
-emulator=(${3:-})
+emulator=(${4:-})
 wpacli=("${emulator[@]}" "$1")
-recipes=("${emulator[@]}" "$2")
+recipes=("${emulator[@]}" "$2" --helper "$3")
 socket=${TESMIR_LAB_SOCKET:?run it through scripts/radio-lab.sh run}
 failures=0
 
@@ -80,10 +80,19 @@ expect "recipes: forget" 0 '^$' "${recipes[@]}" "$socket" forget
 expect "recipes: scan" 0 '^$' "${recipes[@]}" "$socket" scan 2412,2437
 expect "recipes: list" 0 '^02:00:00:00:02:00 2437 -[0-9]+ \[WPA2-PSK-CCMP\]\[ESS\] tesmir$' \
     "${recipes[@]}" "$socket" list
+expect "recipes: list in process" 0 '^02:00:00:00:02:00 2437 -[0-9]+ \[WPA2-PSK-CCMP\]\[ESS\] tesmir$' \
+    "${recipes[@]}" --in-process "$socket" list
+expect "recipes: list, three times" 0 '^run 3: ok bss=[0-9]+ helpers=1 ended=0 hung=0 failed=0$' \
+    "${recipes[@]}" --repeat 3 "$socket" list
+expect "recipes: an unknown option" 64 '^$' "${recipes[@]}" "$socket" list --anything
+expect "recipes: an argument too many" 64 '^$' "${recipes[@]}" "$socket" list extra
+expect "recipes: a repeat that is no count" 64 '^$' "${recipes[@]}" --repeat 0 "$socket" list
 expect "recipes: connect" 0 '^bssid=02:00:00:00:01:00 freq=2412 rssi=-[0-9]+ linkspeed=[0-9]+$' \
     "${recipes[@]}" "$socket" connect tesmir psk tesmir-passphrase 2412
 expect "recipes: open network" 0 '^bssid=02:00:00:00:04:00 freq=2462 ' \
     "${recipes[@]}" "$socket" connect tesmir-open open 2462
 expect "recipes: disconnect" 0 '^$' "${recipes[@]}" "$socket" disconnect
 expect "recipes: status when not associated" 1 '^$' "${recipes[@]}" "$socket" status
+expect "recipes: one run of several failing" 1 '^run 2: failed$' \
+    "${recipes[@]}" --repeat 2 "$socket" status
 [ "$failures" -eq 0 ]

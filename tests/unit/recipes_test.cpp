@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "client_test_base.h"
-#include "recipes.h"
+#include "TesmirRecipes.h"
 
 namespace {
 

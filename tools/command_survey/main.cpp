@@ -32,7 +32,7 @@
 #include <wpa_ctrl.h>
 
 #include "WpacliWrapper.h"
-#include "recipes.h"
+#include "TesmirRecipes.h"
 
 namespace {
 

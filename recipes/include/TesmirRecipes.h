@@ -4,8 +4,10 @@
 #pragma once
 
 // Recipes: the usual station tasks done through WpacliWrapper, as a host on a device does them.
-// Copy what you need. The library's edges they work within are told in WpacliWrapper.h; how each
-// recipe meets them, and what it costs, in docs/RECIPES.md. In short:
+// Link the static library libtesmirrecipes (Android.bp) or tesmir::recipes (CMake); what of this
+// interface a version may change is in CHANGELOG.md. The library's edges they work within are
+// told in WpacliWrapper.h; how each recipe meets them, and what it costs, in docs/RECIPES.md. In
+// short:
 //  - every query asks for a reply that fits the 63-byte window, and none can get an empty reply
 //    while the supplicant's BSS table stands still;
 //  - a wait is a loop of waiting-mode calls whose patterns are anchored on the whole prefix of
@@ -109,8 +111,43 @@ struct Bss {
 // a reply; of a longer one the first bytes, with its length. One BSS takes three queries; an
 // entry the supplicant drops during the listing is skipped. Each query can still end the process
 // in one case: when every entry from the one it asks for to the last is dropped between two
-// queries (docs/RELIABILITY.md). A listing right after a scan of your own has the quietest table.
+// queries (docs/RELIABILITY.md): ListNetworksIsolated() below cannot end the host. A listing right
+// after a scan of your own has the quietest table.
 bool ListNetworks(WpacliWrapper& client, std::vector<Bss>* found);
+
+// Where ListNetworksIsolated() runs its helper, and how long it lets it run.
+struct Isolation {
+    // tesmir-list-helper, installed with this library (Android.bp: required by libtesmirrecipes).
+    std::string helper = "/vendor/bin/tesmir-list-helper";
+    // Where libwpa_client binds client sockets (its CONFIG_CTRL_IFACE_CLIENT_DIR): a helper that
+    // ended could not remove its own, which are removed from here.
+#ifdef __ANDROID__
+    std::string clientDir = "/data/vendor/wifi/wpa/sockets";
+#else
+    std::string clientDir = "/tmp";
+#endif
+    int attempts = 3;         // helpers started at most
+    int milliseconds = 5000;  // a helper still running then is ended (SIGKILL)
+};
+
+// What the helpers of one ListNetworksIsolated() did.
+struct ListingReport {
+    int helpers = 0;  // started
+    int ended = 0;    // ended by a signal: the library ended it, on an entry that went away
+    int hung = 0;     // ended after Isolation::milliseconds
+    int failed = 0;   // did not start, could not open |socket|, or a call failed
+};
+
+// ListNetworks() in a helper process of its own, on a client of its own opened on |socket|: an
+// empty reply ends the helper, never the host. A helper that ends or hangs is reaped, its client
+// sockets removed, and the listing tried again, up to Isolation::attempts helpers. True with
+// |found| when one helper listed the whole table; false with |found| empty otherwise. |report|
+// tells why. The host's own clients are untouched, and so are its other threads: the helper is
+// spawned (posix_spawn), not forked, and reaped by its pid alone. A host that ignores SIGCHLD
+// cannot reap: every helper then counts as failed. Each listing costs a process start on top of
+// ListNetworks() (docs/PERFORMANCE.md).
+bool ListNetworksIsolated(const std::string& socket, std::vector<Bss>* found, ListingReport* report,
+                          const Isolation& isolation = Isolation());
 
 // Whether |ssid| can be the listed one: equal when whole, else the same length and beginning.
 bool SsidCanBe(const Bss& bss, const std::string& ssid);

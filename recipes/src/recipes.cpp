@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright 2026 The libtesmirwpacliwrapper Authors
 
-#include "recipes.h"
+#include "TesmirRecipes.h"
 
 #include <ctype.h>
 #include <stdio.h>
@@ -175,8 +175,8 @@ bool ParseState(const std::string& event, State* state) {
     // Every field is read before the SSID or id_str, the only text in these events that is not
     // the supplicant's own. An event after the first of a call is cut to the length of the one
     // before it: the BSSID ends at byte 64 of a STATE-CHANGE and 57 of a CONNECTED, so that it
-    // survives behind any event of that length; a CONNECTED cut shorter still tells, by its name at the
-    // start, that a connection completed.
+    // survives behind any event of that length; a CONNECTED cut shorter still tells, by its name at
+    // the start, that a connection completed.
     static const std::regex kStateChange(EventPattern(
             std::string(kStateChangeEvent) + "(-?[0-9]+) state=([0-9]+) BSSID=([0-9a-f:]{17})"));
     static const std::regex kConnected(EventPattern(std::string(kConnectedEvent) +

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright 2026 The libtesmirwpacliwrapper Authors
+
+#include "bss_lines.h"
+
+#include <stdio.h>
+#include <stdlib.h>
+
+#include "WpaStringUtils.h"
+
+namespace recipes {
+namespace {
+
+// "-" stands for an empty field: the fields are split at spaces.
+std::string Field(const std::string& text) {
+    return text.empty() ? "-" : text;
+}
+
+std::string Unfield(const std::string& field) {
+    return field == "-" ? "" : field;
+}
+
+}  // namespace
+
+std::string BssLine(const Bss& bss) {
+    std::string hex;
+    for (unsigned char c : bss.ssid) {
+        char digits[3];
+        snprintf(digits, sizeof(digits), "%02x", c);
+        hex += digits;
+    }
+    return "bss " + std::to_string(bss.id) + " " + Field(bss.bssid) + " " +
+           std::to_string(bss.freq) + " " + std::to_string(bss.level) + " " + Field(bss.flags) +
+           " " + Field(hex) + " " + std::to_string(bss.ssidLength) + " " +
+           (bss.ssidWhole ? "1" : "0") + "\n";
+}
+
+bool ParseBssLines(const std::string& output, std::vector<Bss>* found) {
+    std::vector<std::string> lines;
+    WpaStringUtils::SplitString(output, '\n', lines);
+    found->clear();
+    for (const std::string& line : lines) {
+        std::vector<std::string> f;
+        WpaStringUtils::SplitString(line, ' ', f);
+        if (f.size() == 2 && f[0] == "done") {
+            return strtoul(f[1].c_str(), nullptr, 10) == found->size();
+        }
+        if (f.size() != 9 || f[0] != "bss") return false;
+        Bss bss;
+        bss.id = atoi(f[1].c_str());
+        bss.bssid = Unfield(f[2]);
+        bss.freq = atoi(f[3].c_str());
+        bss.level = atoi(f[4].c_str());
+        bss.flags = Unfield(f[5]);
+        const std::string hex = Unfield(f[6]);
+        for (size_t i = 0; i + 1 < hex.size(); i += 2) {
+            bss.ssid += static_cast<char>(strtol(hex.substr(i, 2).c_str(), nullptr, 16));
+        }
+        bss.ssidLength = strtoul(f[7].c_str(), nullptr, 10);
+        bss.ssidWhole = f[8] == "1";
+        found->push_back(bss);
+    }
+    return false;
+}
+
+}  // namespace recipes

@@ -25,7 +25,8 @@ enum class Outcome { kListed, kEnded, kHung, kFailed };
 
 using Clock = std::chrono::steady_clock;
 
-// Reads |fd| to its end into |out|; false when |deadline| came first.
+// Reads |fd| to its end into |out|; false when |deadline| came first, or reading failed: the
+// helper may still be running, and is ended rather than waited for.
 bool ReadAll(int fd, Clock::time_point deadline, std::string* out) {
     char buffer[4096];
     for (;;) {
@@ -34,10 +35,11 @@ bool ReadAll(int fd, Clock::time_point deadline, std::string* out) {
         if (left.count() <= 0) return false;
         pollfd readable = {fd, POLLIN, 0};
         const int ready = poll(&readable, 1, static_cast<int>(left.count()));
-        if (ready < 0 && errno != EINTR) return true;
+        if (ready < 0 && errno != EINTR) return false;
         if (ready <= 0) continue;
         const ssize_t n = read(fd, buffer, sizeof(buffer));
-        if (n == 0 || (n < 0 && errno != EINTR && errno != EAGAIN)) return true;
+        if (n == 0) return true;
+        if (n < 0 && errno != EINTR && errno != EAGAIN) return false;
         if (n > 0) out->append(buffer, static_cast<size_t>(n));
     }
 }

@@ -9,8 +9,14 @@
 //   tesmir_crowd churn edge|flush-all LISTINGS
 //       the table changing under the host (radio-lab/churn.sh, started and ended here): LISTINGS
 //       listings of each design in turn, each in a child process: by ids as the recipes listed
-//       before ("by-id"), by range as they list now ("range"), and by position ("position"):
-//       "churn,MODE,DESIGN,listings,ended,ms_per_listing"
+//       before ("by-id"), by range as they list now ("range"), by position ("position"), newest
+//       first ("newest-first") and by range asking the last id again before each entry
+//       ("rechecked-bound"): "churn,MODE,DESIGN,listings,ended,ms_per_listing"
+//   tesmir_crowd isolated edge|flush-all LISTINGS HELPER
+//       the same churn, LISTINGS listings through HELPER (ListNetworksIsolated) from this process,
+//       a raw listener attached all along: "isolated,MODE,listings,complete,helpers,ended,hung,
+//       failed,unannounced,ms_per_listing", unannounced counting (id, BSSID) pairs listed that
+//       no CTRL-EVENT-BSS-ADDED announced during the run
 
 #include <signal.h>
 #include <stdarg.h>
@@ -20,17 +26,22 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <memory>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <wpa_ctrl.h>
 
+#include "TesmirRecipes.h"
+#include "WpaStringUtils.h"
 #include "WpacliWrapper.h"
 #include "bench_lab.h"
+#include "listener.h"
 #include "quiet_waits.h"
-#include "recipes.h"
 
 using Clock = std::chrono::steady_clock;
 
@@ -92,6 +103,70 @@ bool ListByPosition(WpacliWrapper& client) {
     }
 }
 
+// The ids held up to |last|, several to a reply: with MASK=0x1 an entry is "id=N\n", about ten
+// to the 63 bytes of a reply, whose last line a full reply may have cut.
+bool HeldIds(WpacliWrapper& client, int last, std::vector<int>* ids) {
+    std::string reply;
+    for (int next = 0; next <= last;) {
+        if (!recipes::Command(client, "BSS RANGE=" + std::to_string(next) + "- MASK=0x1", &reply)) {
+            return false;
+        }
+        std::vector<std::string> lines;
+        WpaStringUtils::SplitString(reply, '\n', lines);
+        if (reply.size() == 63 && lines.size() > 1) lines.pop_back();
+        for (const std::string& line : lines) {
+            const int id = Id(line);
+            if (id < next || id > last) continue;
+            ids->push_back(id);
+            next = id + 1;
+        }
+        if (Id(lines.back()) > last) return true;
+    }
+    return true;
+}
+
+// Newest first: exposed to the empty reply only while it reads the entries that go, when the
+// ones that go are the newest. An entry gone yields a newer one, already read or past the bound.
+bool ListNewestFirst(WpacliWrapper& client) {
+    const int last = LastHeld(client);
+    if (last < 0) return last == -1;
+    std::vector<int> ids;
+    if (!HeldIds(client, last, &ids)) return false;
+    std::set<int> read;
+    std::string reply;
+    for (auto it = ids.rbegin(); it != ids.rend(); ++it) {
+        int id = -1;
+        for (const char* mask : {"0x87", "0x801", "0x401"}) {
+            const std::string query = "BSS RANGE=" + std::to_string(*it) + "- MASK=" + mask;
+            if (!recipes::Command(client, query, &reply)) return false;
+            id = Id(reply);
+            if (id > last || read.count(id) != 0) break;
+        }
+        read.insert(id);
+    }
+    return true;
+}
+
+// By range, the bound lowered before each entry to the last id still held: BSS LAST is empty
+// only when the table is.
+bool ListRecheckedBound(WpacliWrapper& client) {
+    int last = LastHeld(client);
+    if (last < 0) return last == -1;
+    std::string reply;
+    for (int next = 0;;) {
+        if (!recipes::Command(client, "BSS LAST MASK=0x1", &reply)) return false;
+        last = std::min(last, Id(reply));
+        if (next > last) return true;
+        int id = -1;
+        for (const char* mask : {"0x87", "0x801", "0x401"}) {
+            const std::string query = "BSS RANGE=" + std::to_string(next) + "- MASK=" + mask;
+            if (!recipes::Command(client, query, &reply)) return false;
+            id = Id(reply);
+        }
+        next = id + 1;
+    }
+}
+
 // The commands a listing of |found| sent, as ListNetworks sends them.
 std::vector<std::string> ListingCommands(const std::vector<recipes::Bss>& found) {
     std::vector<std::string> commands = {"SCAN_RESULTS", "BSS LAST MASK=0x1"};
@@ -127,8 +202,9 @@ int Cost(WpacliWrapper& client, const BenchLab& lab, int rounds) {
     return 0;
 }
 
-enum Design { kById, kRange, kPosition, kDesigns };
-const char* const kDesignNames[kDesigns] = {"by-id", "range", "position"};
+enum Design { kById, kRange, kPosition, kNewestFirst, kRechecked, kDesigns };
+const char* const kDesignNames[kDesigns] = {"by-id", "range", "position", "newest-first",
+                                            "rechecked-bound"};
 
 // One listing in a child process: whether it ended the process.
 bool ListingEnded(const std::string& socket, Design design) {
@@ -142,6 +218,10 @@ bool ListingEnded(const std::string& socket, Design design) {
                 _exit(!ListById(*client));
             case kPosition:
                 _exit(!ListByPosition(*client));
+            case kNewestFirst:
+                _exit(!ListNewestFirst(*client));
+            case kRechecked:
+                _exit(!ListRecheckedBound(*client));
             default:
                 _exit(!recipes::ListNetworks(*client, &found));
         }
@@ -151,15 +231,26 @@ bool ListingEnded(const std::string& socket, Design design) {
     return WIFSIGNALED(status);
 }
 
-int Churn(const std::string& socket, const char* churnScript, const std::string& mode,
-          int listings) {
+// churn.sh MODE in a process group of its own, the table in motion once it returns.
+pid_t StartChurn(const char* churnScript, const std::string& mode) {
     const pid_t churn = fork();
     if (churn == 0) {
         setpgid(0, 0);
         execl(churnScript, "churn.sh", mode.c_str(), "100000", nullptr);
         _exit(127);
     }
-    sleep(3);  // the table in motion before the first listing
+    sleep(3);
+    return churn;
+}
+
+void StopChurn(pid_t churn) {
+    kill(-churn, SIGTERM);
+    waitpid(churn, nullptr, 0);
+}
+
+int Churn(const std::string& socket, const char* churnScript, const std::string& mode,
+          int listings) {
+    const pid_t churn = StartChurn(churnScript, mode);
     int ended[kDesigns] = {};
     double millis[kDesigns] = {};
     for (int i = 0; i < kDesigns * listings; ++i) {
@@ -168,12 +259,63 @@ int Churn(const std::string& socket, const char* churnScript, const std::string&
         ended[design] += ListingEnded(socket, design);
         millis[design] += Millis(start);
     }
-    kill(-churn, SIGTERM);
-    waitpid(churn, nullptr, 0);
+    StopChurn(churn);
     for (int design = 0; design < kDesigns; ++design) {
         printf("churn,%s,%s,%d,%d,%.1f\n", mode.c_str(), kDesignNames[design], listings,
                ended[design], millis[design] / listings);
     }
+    return 0;
+}
+
+// The (id, BSSID) pairs that CTRL-EVENT-BSS-ADDED events announce: "<3>CTRL-EVENT-BSS-ADDED 5
+// <bssid>".
+void Announced(const std::vector<std::string>& events,
+               std::set<std::pair<int, std::string>>* pairs) {
+    static const std::string kAdded = "CTRL-EVENT-BSS-ADDED ";
+    for (const std::string& event : events) {
+        const size_t at = event.find(kAdded);
+        if (at == std::string::npos) continue;
+        const std::string rest = event.substr(at + kAdded.size());
+        const size_t space = rest.find(' ');
+        if (space != std::string::npos) {
+            pairs->emplace(atoi(rest.c_str()), rest.substr(space + 1, 17));
+        }
+    }
+}
+
+int Isolated(WpacliWrapper& client, const BenchLab& lab, const char* churnScript,
+             const std::string& mode, int listings, const char* helper) {
+    Listener listener(lab.socket, lab.clientDir);
+    if (!listener.ok()) return 1;
+    // Every entry held from here on is announced while the listener is attached.
+    if (!recipes::Command(client, "BSS_FLUSH 0") || !recipes::Scan(client, "2412,2437,2462")) {
+        return 1;
+    }
+    const pid_t churn = StartChurn(churnScript, mode);
+    recipes::Isolation isolation;
+    isolation.helper = helper;
+    std::set<std::pair<int, std::string>> announced;
+    size_t seen = 0;
+    int complete = 0, unannounced = 0;
+    recipes::ListingReport total;
+    const Clock::time_point start = Clock::now();
+    for (int i = 0; i < listings; ++i) {
+        std::vector<recipes::Bss> found;
+        recipes::ListingReport report;
+        complete += recipes::ListNetworksIsolated(lab.socket, &found, &report, isolation);
+        total.helpers += report.helpers;
+        total.ended += report.ended;
+        total.hung += report.hung;
+        total.failed += report.failed;
+        Announced(listener.Events(&seen), &announced);
+        for (const recipes::Bss& bss : found) {
+            unannounced += announced.count({bss.id, bss.bssid}) == 0;
+        }
+    }
+    const double millis = Millis(start);
+    StopChurn(churn);
+    printf("isolated,%s,%d,%d,%d,%d,%d,%d,%d,%.1f\n", mode.c_str(), listings, complete,
+           total.helpers, total.ended, total.hung, total.failed, unannounced, millis / listings);
     return 0;
 }
 
@@ -186,14 +328,17 @@ int main(int argc, char** argv) {
     if (argc < 3 || dir == nullptr || socket == nullptr || churnScript == nullptr) {
         fprintf(stderr,
                 "usage: in scripts/radio-lab.sh run -a crowd: %s cost ROUNDS | churn "
-                "edge|flush-all LISTINGS\n",
+                "edge|flush-all LISTINGS | isolated edge|flush-all LISTINGS HELPER\n",
                 argv[0]);
         return 64;
     }
     const std::string what = argv[1];
     if (what == "churn" && argc == 4) return Churn(socket, churnScript, argv[2], atoi(argv[3]));
     std::unique_ptr<WpacliWrapper> client(GetWpacliWrapperHandle());
-    if (what != "cost" || client->Open(socket) != 0) return 64;
+    if (client->Open(socket) != 0) return 64;
     const BenchLab lab{socket, dir, "wlan0"};
-    return Cost(*client, lab, atoi(argv[2]));
+    if (what == "isolated" && argc == 5) {
+        return Isolated(*client, lab, churnScript, argv[2], atoi(argv[3]), argv[4]);
+    }
+    return what == "cost" ? Cost(*client, lab, atoi(argv[2])) : 64;
 }

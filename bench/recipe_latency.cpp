@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright 2026 The libtesmirwpacliwrapper Authors
 
-// Times each recipe of examples/recipes against the time a raw listener (libwpa_client, attached
+// Times each recipe of recipes/ against the time a raw listener (libwpa_client, attached
 // all along) saw the event that the recipe waits for. Runs in the radio lab, on its real clock:
 // rounds of scan, connect, roam, disconnect and reconnect on the lab's WPA2 network, the client
 // open before the first. Writes "task,round,raw_ms,recipe_ms,quiet_waits,ok" lines, and one
@@ -28,9 +28,10 @@
 
 #include <wpa_ctrl.h>
 
+#include "TesmirRecipes.h"
 #include "WpacliWrapper.h"
+#include "listener.h"
 #include "quiet_waits.h"
-#include "recipes.h"
 
 using Clock = std::chrono::steady_clock;
 
@@ -42,60 +43,6 @@ constexpr const char* kPsk2 = "02:00:00:00:02:00";
 double Millis(Clock::duration d) {
     return std::chrono::duration<double, std::milli>(d).count();
 }
-
-// A client of libwpa_client's own, attached from start to end, that keeps every event and when
-// it came: what a host that listens all along would know, and when.
-class Listener {
-  public:
-    Listener(const std::string& socket, const std::string& dir)
-        : ctrl_(wpa_ctrl_open2(socket.c_str(), dir.c_str())) {
-        if (ctrl_ == nullptr || wpa_ctrl_attach(ctrl_) != 0) return;
-        thread_ = std::thread([this] { Listen(); });
-    }
-    ~Listener() {
-        stop_ = true;
-        if (thread_.joinable()) thread_.join();
-        if (ctrl_ != nullptr) wpa_ctrl_close(ctrl_);
-    }
-    bool ok() const { return thread_.joinable(); }
-
-    // When the first event matching |pattern| came at or after |since|; waits up to 2 s for it.
-    bool First(const std::regex& pattern, Clock::time_point since, Clock::time_point* when) {
-        for (int i = 0; i < 200; ++i) {
-            {
-                std::lock_guard<std::mutex> lock(mutex_);
-                for (const auto& [time, event] : events_) {
-                    if (time >= since && std::regex_search(event, pattern)) {
-                        *when = time;
-                        return true;
-                    }
-                }
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
-        return false;
-    }
-
-  private:
-    void Listen() {
-        pollfd fd = {wpa_ctrl_get_fd(ctrl_), POLLIN, 0};
-        while (!stop_) {
-            if (poll(&fd, 1, 50) != 1) continue;
-            char buffer[4096];
-            size_t length = sizeof(buffer);
-            if (wpa_ctrl_recv(ctrl_, buffer, &length) != 0) continue;
-            const Clock::time_point now = Clock::now();
-            std::lock_guard<std::mutex> lock(mutex_);
-            events_.emplace_back(now, std::string(buffer, length));
-        }
-    }
-
-    wpa_ctrl* ctrl_;
-    std::thread thread_;
-    std::atomic<bool> stop_{false};
-    std::mutex mutex_;
-    std::vector<std::pair<Clock::time_point, std::string>> events_;
-};
 
 struct Task {
     const char* name;

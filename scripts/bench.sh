@@ -50,13 +50,19 @@ if [ "$short" -eq 1 ]; then
     recipe_rounds=1
     crowd_rounds=2
     churn_listings=5
+    isolated_listings=5
+    isolation_rounds=20
 else
     bench_args=(--benchmark_min_time=2 --benchmark_repetitions=7 --benchmark_report_aggregates_only=true)
     rounds=3000
     b2b_rounds=16
     recipe_rounds=20
     crowd_rounds=20
-    churn_listings=2000
+    # TESMIR_CHURN_LISTINGS and TESMIR_ISOLATED_LISTINGS shorten a run (about 0.15 s and 0.4 s
+    # a listing in the lab); the report says how many each row had.
+    churn_listings=${TESMIR_CHURN_LISTINGS:-2000}
+    isolated_listings=${TESMIR_ISOLATED_LISTINGS:-2000}
+    isolation_rounds=1000
 fi
 
 if [ "$radio_only" -eq 0 ]; then
@@ -95,7 +101,12 @@ for supplicant in device desktop; do
     esac
 done
 
+echo "== isolating a listing: $isolation_rounds round trips of each design, outside the lab"
+"$build/bench/tesmir_isolation_cost" "$build/recipes/tesmir-list-helper" "$isolation_rounds" \
+    >"$out/isolation.csv"
+
 echo "== the crowd: $crowd_rounds scans and listings, $churn_listings listings per design under churn"
+echo "   and $isolated_listings isolated listings per churn"
 crowds=()
 for supplicant in device desktop; do
     [ "${#recipes[@]}" -gt 0 ] || break
@@ -104,9 +115,11 @@ for supplicant in device desktop; do
         continue
     fi
     csv=$out/crowd-$supplicant.csv
-    scripts/radio-lab.sh run -s "$supplicant" -c real -a crowd -t 5000 -- bash -c \
-        '"$0" cost "$1" && "$0" churn edge "$2" && "$0" churn flush-all "$(($2 / 4 + 1))"' \
-        "$build/bench/tesmir_crowd" "$crowd_rounds" "$churn_listings" >"$csv" ||
+    scripts/radio-lab.sh run -s "$supplicant" -c real -a crowd -t 20000 -- bash -c \
+        '"$0" cost "$1" && "$0" churn edge "$2" && "$0" churn flush-all "$(($2 / 4 + 1))" &&
+         "$0" isolated edge "$3" "$4" && "$0" isolated flush-all "$3" "$4"' \
+        "$build/bench/tesmir_crowd" "$crowd_rounds" "$churn_listings" "$isolated_listings" \
+        "$PWD/$build/recipes/tesmir-list-helper" >"$csv" ||
         { echo "the crowd benchmark failed on the $supplicant build" >&2 && exit 1; }
     crowds+=("$supplicant=$csv")
 done
@@ -121,5 +134,5 @@ arm64_size=$(strip_size build-arm64/libtesmirwpacliwrapper.so)
 python3 scripts/perf_report.py --bench "$out/bench.json" --latency "$out/execute_latency.csv" \
     --host-size "$host_size" --arm64-size "$arm64_size" \
     --host-lib "$build/libtesmirwpacliwrapper.so" --arm64-lib build-arm64/libtesmirwpacliwrapper.so \
-    --recipes "${recipes[@]}" --crowd "${crowds[@]}" --out "$out"
+    --recipes "${recipes[@]}" --crowd "${crowds[@]}" --isolation "$out/isolation.csv" --out "$out"
 echo "== report: $out/PERFORMANCE.md"

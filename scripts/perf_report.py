@@ -128,7 +128,7 @@ def load_recipes(path):
 def recipe_section(builds, out_dir):
     """The recipes against a raw listener: a table per build and one plot of every run."""
     lines = ["## Recipes against a raw listener", "",
-             "Each recipe of `examples/recipes` (`tesmir_recipe_latency`), in rounds of scan, "
+             "Each recipe (`recipes/`, `tesmir_recipe_latency`), in rounds of scan, "
              "connect, roam, disconnect and reconnect on the radio lab's WPA2 network, on the lab's "
              "real clock (`scripts/radio-lab.sh run -c real`), timed from the recipe's call with "
              "the client already open. The baseline, **raw**, is when a libwpa_client client "
@@ -225,12 +225,50 @@ def crowd_section(builds):
               "runs in a child process; **ended** counts those the library ended on an empty "
               "reply. *by-id* lists as the recipes did before (`BSS FIRST`, `NEXT-<id>`, "
               "`ID-<id>`), *range* as they do now (`BSS RANGE=<id>-`, the id checked), *position* "
-              "by place in id order (`BSS <n>`), the three in turn.", "",
+              "by place in id order (`BSS <n>`), *newest-first* reads the ids first, several to a reply "
+              "(`MASK=0x1`), then each entry from the newest down, *rechecked-bound* lists by range "
+              "asking `BSS LAST` again before each entry; all in turn.", "",
               "| build | churn | design | listings | ended | one in | ms per listing |",
               "|---|---|---|---|---|---|---|"]
     for build, mode, design, n, ended, ms in churn:
         one_in = f"{n / ended:.0f}" if ended else f"none in {n}"
         lines.append(f"| {build} | {mode} | {design} | {n} | {ended} | {one_in} | {ms:.0f} |")
+    lines.append("")
+    isolated = [(build, row) for build, path in builds.items() for row in csv.reader(open(path))
+                if row[0] == "isolated"]
+    if isolated:
+        lines += ["**Listings in a helper** (`recipes::ListNetworksIsolated`), in the same churn, "
+                  "from the benchmark's own process with a raw listener attached all along. "
+                  "**complete**: listings that gave a whole table, after their retries; "
+                  "**helpers** started, of which **ended** by the library (an entry gone), **hung** "
+                  "past 5 s, **failed** otherwise; **host ends**: 0 whenever the run finished, as "
+                  "the host is this process; **unannounced**: (id, BSSID) pairs listed that no "
+                  "`CTRL-EVENT-BSS-ADDED` received during the run announced.", "",
+                  "| build | churn | listings | complete | helpers | ended | hung | failed | "
+                  "unannounced | ms per listing |", "|---|---|---|---|---|---|---|---|---|---|"]
+        for build, r in isolated:
+            lines.append(f"| {build} | {r[1]} | {r[2]} | {r[3]} | {r[4]} | {r[5]} | {r[6]} | "
+                         f"{r[7]} | {r[8]} | {float(r[9]):.0f} |")
+        lines.append("")
+    return lines
+
+
+def isolation_section(path):
+    """What a helper round trip costs a host, outside the lab."""
+    rows = [r for r in csv.reader(open(path)) if r and r[0] == "isolation"]
+    base = next((float(r[3]) for r in rows if r[1] == "in-process"), 0) or 1
+    lines = ["## Isolating a listing", "",
+             "`tesmir_isolation_cost`, outside the lab: a listing of an empty table (a control "
+             "socket of the benchmark's own that answers as a supplicant holding nothing) from a "
+             "host of 50 MB resident whose eight other threads allocate and log meanwhile. "
+             "*in-process* is the baseline; *spawn* is `ListNetworksIsolated` (posix_spawn of "
+             "`tesmir-list-helper`); *fork* does the same in a forked child, which a multithreaded "
+             "host may not do safely; *exec-floor* spawns `/bin/true`, what starting any program "
+             "costs on this machine.", "",
+             "| design | round trips | p50 | p95 | p50 ratio to in-process |", "|---|---|---|---|---|"]
+    for r in rows:
+        lines.append(f"| {r[1]} | {r[2]} | {float(r[3]):.2f} ms | {float(r[4]):.2f} ms | "
+                     f"{float(r[3]) / base:.1f} |")
     lines.append("")
     return lines
 
@@ -247,6 +285,7 @@ def main():
                     help="tesmir_recipe_latency output of one supplicant build")
     ap.add_argument("--crowd", nargs="*", default=[], metavar="BUILD=CSV",
                     help="tesmir_crowd output of one supplicant build")
+    ap.add_argument("--isolation", default="", help="tesmir_isolation_cost output")
     ap.add_argument("--out", required=True)
     args = ap.parse_args()
 
@@ -373,6 +412,8 @@ def main():
 
     if args.crowd:
         lines += crowd_section(dict(arg.split("=", 1) for arg in args.crowd))
+    if args.isolation and os.path.exists(args.isolation):
+        lines += isolation_section(args.isolation)
 
     lines += ["## Size", "", "| library | stripped size |", "|---|---|"]
     if args.host_size:

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright 2026 The libtesmirwpacliwrapper Authors
+
+#include "listener.h"
+
+#include <poll.h>
+
+#include <wpa_ctrl.h>
+
+Listener::Listener(const std::string& socket, const std::string& dir)
+    : ctrl_(wpa_ctrl_open2(socket.c_str(), dir.c_str())) {
+    if (ctrl_ == nullptr || wpa_ctrl_attach(ctrl_) != 0) return;
+    thread_ = std::thread([this] { Listen(); });
+}
+
+Listener::~Listener() {
+    stop_ = true;
+    if (thread_.joinable()) thread_.join();
+    if (ctrl_ != nullptr) wpa_ctrl_close(ctrl_);
+}
+
+bool Listener::First(const std::regex& pattern, Clock::time_point since, Clock::time_point* when) {
+    for (int i = 0; i < 200; ++i) {
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            for (const auto& [time, event] : events_) {
+                if (time >= since && std::regex_search(event, pattern)) {
+                    *when = time;
+                    return true;
+                }
+            }
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return false;
+}
+
+std::vector<std::string> Listener::Events(size_t* seen) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    std::vector<std::string> events;
+    for (; *seen < events_.size(); ++*seen) events.push_back(events_[*seen].second);
+    return events;
+}
+
+void Listener::Listen() {
+    pollfd fd = {wpa_ctrl_get_fd(ctrl_), POLLIN, 0};
+    while (!stop_) {
+        if (poll(&fd, 1, 50) != 1) continue;
+        char buffer[4096];
+        size_t length = sizeof(buffer);
+        if (wpa_ctrl_recv(ctrl_, buffer, &length) != 0) continue;
+        const Clock::time_point now = Clock::now();
+        std::lock_guard<std::mutex> lock(mutex_);
+        events_.emplace_back(now, std::string(buffer, length));
+    }
+}

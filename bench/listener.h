@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright 2026 The libtesmirwpacliwrapper Authors
+
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <mutex>
+#include <regex>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+struct wpa_ctrl;
+
+// A client of libwpa_client's own, attached from start to end, that keeps every event and when
+// it came: what a host that listens all along would know, and when.
+class Listener {
+  public:
+    using Clock = std::chrono::steady_clock;
+    Listener(const std::string& socket, const std::string& dir);
+    ~Listener();
+    bool ok() const { return thread_.joinable(); }
+
+    // When the first event matching |pattern| came at or after |since|; waits up to 2 s for it.
+    bool First(const std::regex& pattern, Clock::time_point since, Clock::time_point* when);
+    // The events received since the last call, |*seen| of them before it; updates |*seen|.
+    std::vector<std::string> Events(size_t* seen);
+
+  private:
+    void Listen();
+
+    wpa_ctrl* ctrl_;
+    std::thread thread_;
+    std::atomic<bool> stop_{false};
+    std::mutex mutex_;
+    std::vector<std::pair<Clock::time_point, std::string>> events_;
+};

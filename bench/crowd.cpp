@@ -9,9 +9,10 @@
 //   tesmir_crowd churn edge|flush-all LISTINGS
 //       the table changing under the host (radio-lab/churn.sh, started and ended here): LISTINGS
 //       listings of each design in turn, each in a child process: by ids as the recipes listed
-//       before ("by-id"), by range as they list now ("range"), by position ("position"), newest
-//       first ("newest-first") and by range asking the last id again before each entry
-//       ("rechecked-bound"): "churn,MODE,DESIGN,listings,ended,ms_per_listing"
+//       first ("by-id"), by range from the oldest up as they listed in 1.0 ("range"), by
+//       position ("position"), newest first as they list now ("newest-first"), and by range
+//       asking the last id again before each entry ("rechecked-bound"):
+//       "churn,MODE,DESIGN,listings,ended,ms_per_listing"
 //   tesmir_crowd isolated edge|flush-all LISTINGS HELPER
 //       the same churn, LISTINGS listings through HELPER (ListNetworksIsolated) from this process,
 //       a raw listener attached all along: "isolated,MODE,listings,complete,helpers,ended,hung,
@@ -37,7 +38,6 @@
 #include <wpa_ctrl.h>
 
 #include "TesmirRecipes.h"
-#include "WpaStringUtils.h"
 #include "WpacliWrapper.h"
 #include "bench_lab.h"
 #include "listener.h"
@@ -103,46 +103,28 @@ bool ListByPosition(WpacliWrapper& client) {
     }
 }
 
-// The ids held up to |last|, several to a reply: with MASK=0x1 an entry is "id=N\n", about ten
-// to the 63 bytes of a reply, whose last line a full reply may have cut.
-bool HeldIds(WpacliWrapper& client, int last, std::vector<int>* ids) {
-    std::string reply;
-    for (int next = 0; next <= last;) {
-        if (!recipes::Command(client, "BSS RANGE=" + std::to_string(next) + "- MASK=0x1", &reply)) {
-            return false;
-        }
-        std::vector<std::string> lines;
-        WpaStringUtils::SplitString(reply, '\n', lines);
-        if (reply.size() == 63 && lines.size() > 1) lines.pop_back();
-        for (const std::string& line : lines) {
-            const int id = Id(line);
-            if (id < next || id > last) continue;
-            ids->push_back(id);
-            next = id + 1;
-        }
-        if (Id(lines.back()) > last) return true;
-    }
-    return true;
-}
-
-// Newest first: exposed to the empty reply only while it reads the entries that go, when the
-// ones that go are the newest. An entry gone yields a newer one, already read or past the bound.
-bool ListNewestFirst(WpacliWrapper& client) {
+// By range from the oldest up, as the recipes listed in 1.0: exposed to the empty reply from its
+// BSS LAST until it has read the tail, where churn takes entries. An entry gone between two of
+// its queries yields the next one, from which it goes on.
+bool ListByRange(WpacliWrapper& client) {
     const int last = LastHeld(client);
     if (last < 0) return last == -1;
-    std::vector<int> ids;
-    if (!HeldIds(client, last, &ids)) return false;
-    std::set<int> read;
     std::string reply;
-    for (auto it = ids.rbegin(); it != ids.rend(); ++it) {
-        int id = -1;
-        for (const char* mask : {"0x87", "0x801", "0x401"}) {
-            const std::string query = "BSS RANGE=" + std::to_string(*it) + "- MASK=" + mask;
-            if (!recipes::Command(client, query, &reply)) return false;
-            id = Id(reply);
-            if (id > last || read.count(id) != 0) break;
+    for (int next = 0; next <= last;) {
+        if (!recipes::Command(client, "BSS RANGE=" + std::to_string(next) + "- MASK=0x87",
+                              &reply)) {
+            return false;
         }
-        read.insert(id);
+        const int id = Id(reply);
+        next = id + 1;
+        for (const char* mask : {"0x801", "0x401"}) {
+            const std::string query = "BSS RANGE=" + std::to_string(id) + "- MASK=" + mask;
+            if (!recipes::Command(client, query, &reply)) return false;
+            if (Id(reply) != id) {
+                next = id;
+                break;
+            }
+        }
     }
     return true;
 }
@@ -167,16 +149,18 @@ bool ListRecheckedBound(WpacliWrapper& client) {
     }
 }
 
-// The commands a listing of |found| sent, as ListNetworks sends them.
+// The commands a listing of |found| sent, as ListNetworks sends them: the ids about ten to a
+// reply, then each entry from the newest down.
 std::vector<std::string> ListingCommands(const std::vector<recipes::Bss>& found) {
     std::vector<std::string> commands = {"SCAN_RESULTS", "BSS LAST MASK=0x1"};
-    int next = 0;
-    for (const recipes::Bss& bss : found) {
-        commands.push_back("BSS RANGE=" + std::to_string(next) + "- MASK=0x87");
-        for (const char* mask : {"0x801", "0x401"}) {
-            commands.push_back("BSS RANGE=" + std::to_string(bss.id) + "- MASK=" + mask);
+    for (size_t i = 0; i < found.size(); i += 10) {
+        commands.push_back("BSS RANGE=" + std::to_string(i == 0 ? 0 : found[i - 1].id + 1) +
+                           "- MASK=0x1");
+    }
+    for (auto bss = found.rbegin(); bss != found.rend(); ++bss) {
+        for (const char* mask : {"0x87", "0x801", "0x401"}) {
+            commands.push_back("BSS RANGE=" + std::to_string(bss->id) + "- MASK=" + mask);
         }
-        next = bss.id + 1;
     }
     return commands;
 }
@@ -218,11 +202,11 @@ bool ListingEnded(const std::string& socket, Design design) {
                 _exit(!ListById(*client));
             case kPosition:
                 _exit(!ListByPosition(*client));
-            case kNewestFirst:
-                _exit(!ListNewestFirst(*client));
+            case kRange:
+                _exit(!ListByRange(*client));
             case kRechecked:
                 _exit(!ListRecheckedBound(*client));
-            default:
+            default:  // newest first
                 _exit(!recipes::ListNetworks(*client, &found));
         }
     }

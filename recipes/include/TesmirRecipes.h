@@ -106,13 +106,14 @@ struct Bss {
     bool ssidWhole = false;  // false when |ssid| holds only the first bytes (see SsidCanBe)
 };
 
-// Every BSS the supplicant holds, from its last scans. Empty when it holds none. SSIDs of up to
-// 24 bytes come whole (25 while ids are below 100): the SSID element in hex fills the 63 bytes of
-// a reply; of a longer one the first bytes, with its length. One BSS takes three queries; an
-// entry the supplicant drops during the listing is skipped. Each query can still end the process
-// in one case: when every entry from the one it asks for to the last is dropped between two
-// queries (docs/RELIABILITY.md): ListNetworksIsolated() below cannot end the host. A listing right
-// after a scan of your own has the quietest table.
+// Every BSS the supplicant holds, from its last scans, in id order. Empty when it holds none.
+// SSIDs of up to 24 bytes come whole (25 while ids are below 100): the SSID element in hex fills
+// the 63 bytes of a reply; of a longer one the first bytes, with its length. The ids come first,
+// about ten to a query, then each BSS in three queries, from the newest down. An entry the
+// supplicant drops during the listing is skipped, and one added meanwhile is not listed. A query
+// can still end the process in one case: when every entry from the one it asks for to the last
+// is dropped between two queries (docs/RELIABILITY.md): ListNetworksIsolated() below cannot end
+// the host. A listing right after a scan of your own has the quietest table.
 bool ListNetworks(WpacliWrapper& client, std::vector<Bss>* found);
 
 // Where ListNetworksIsolated() runs its helper, and how long it lets it run.

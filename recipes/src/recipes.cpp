@@ -7,6 +7,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 
+#include <algorithm>
 #include <chrono>
 #include <regex>
 #include <thread>
@@ -69,6 +70,60 @@ bool SsidFromElements(const std::string& hex, Bss* bss) {
         bss->ssid += static_cast<char>(strtol(hex.substr(i, 2).c_str(), nullptr, 16));
     }
     bss->ssidWhole = bss->ssid.size() == bss->ssidLength;
+    return true;
+}
+
+// The ids held up to |last|, in order, several to a reply: with MASK=0x1 an entry is "id=N\n",
+// about ten to the 63 bytes of a reply, whose last line a full reply may have cut.
+bool HeldIds(WpacliWrapper& client, int last, std::vector<int>* ids) {
+    std::string reply;
+    for (int next = 0; next <= last;) {
+        if (!QueryBss(client, "RANGE=" + std::to_string(next) + "-", "0x1", &reply)) return false;
+        std::vector<std::string> lines;
+        WpaStringUtils::SplitString(reply, '\n', lines);
+        if (reply.size() == 63 && lines.size() > 1) lines.pop_back();
+        const int before = next;
+        for (const std::string& line : lines) {
+            const int id = Number(Field(line, "id"));
+            if (id < next || id > last) continue;
+            ids->push_back(id);
+            next = id + 1;
+        }
+        if (next == before) break;  // nothing at or past |next| up to the bound
+    }
+    return true;
+}
+
+// The fields of the entry |bss->id|, by "RANGE=<id>-": id, bssid, freq, level (at most 55
+// bytes), then flags and the SSID element, which may be long, each with the id alone. False when
+// a call failed; true with |bss->id| another id when a reply answered for another entry: the
+// one asked for went meanwhile.
+bool ReadBss(WpacliWrapper& client, Bss* bss, std::string* reply) {
+    const int id = bss->id;
+    const std::string range = "RANGE=" + std::to_string(id) + "-";
+    bool held = true;
+    const auto ask = [&](const char* mask) {
+        if (!QueryBss(client, range, mask, reply)) return false;
+        bss->id = Number(Field(*reply, "id"));
+        held = bss->id == id;
+        return true;
+    };
+    if (!ask("0x87")) return false;
+    if (!held) return true;
+    bss->bssid = Field(*reply, "bssid");
+    bss->freq = Number(Field(*reply, "freq"));
+    bss->level = Number(Field(*reply, "level"));
+    if (!ask("0x801")) return false;
+    if (!held) return true;
+    bss->flags = Field(*reply, "flags");
+    if (!ask("0x401")) return false;
+    if (!held || SsidFromElements(Field(*reply, "ie"), bss)) return true;
+    // No SSID element first (never seen here): the supplicant's own text of it, whose spaces the
+    // library removed.
+    if (!ask("0x1001")) return false;
+    bss->ssid = DecodeSsid(Field(*reply, "ssid"));
+    bss->ssidLength = bss->ssid.size();
+    bss->ssidWhole = false;
     return true;
 }
 
@@ -296,53 +351,25 @@ bool Scan(WpacliWrapper& client, const std::string& freqs) {
 bool ListNetworks(WpacliWrapper& client, std::vector<Bss>* found) {
     found->clear();
     // Every BSS query of an entry the supplicant does not hold answers 0 bytes, which ends the
-    // process. "RANGE=N-" asks for the first entry whose id is N or more, so an entry that went
-    // away between two queries yields the next one: each query names the id it answers for,
-    // and a listing goes on from there. It is empty only when no entry at or past N is left:
-    // the listing stops at the last id held when it began, which entries added since (always
-    // under higher ids) keep in place.
+    // process; "RANGE=N-" answers for the first entry whose id is N or more, and is empty only
+    // when none is left. Under churn the entries that go are mostly the newest (a radio out of
+    // reach, found again under new ids), so the listing learns the ids up to the last one held,
+    // ten to a reply, and then reads from the newest down: it is exposed only while it reads the
+    // entries that go. An entry gone before its turn yields a newer one, already read or past
+    // the bound, and is skipped; one that came back under a new id is past the bound.
     if (!HoldsBss(client)) return true;
     std::string reply;
     if (!QueryBss(client, "LAST", "0x1", &reply)) return false;
     const int last = Number(Field(reply, "id"));
-    for (int next = 0; next <= last;) {
+    std::vector<int> ids;
+    if (!HeldIds(client, last, &ids)) return false;
+    for (auto id = ids.rbegin(); id != ids.rend(); ++id) {
         Bss bss;
-        // id, bssid, freq, level: at most 55 bytes. Flags and the SSID element, which may be
-        // long, each with the id alone.
-        if (!QueryBss(client, "RANGE=" + std::to_string(next) + "-", "0x87", &reply)) {
-            return false;
-        }
-        bss.id = Number(Field(reply, "id"));
-        bss.bssid = Field(reply, "bssid");
-        bss.freq = Number(Field(reply, "freq"));
-        bss.level = Number(Field(reply, "level"));
-        const std::string range = "RANGE=" + std::to_string(bss.id) + "-";
-        if (!QueryBss(client, range, "0x801", &reply)) return false;
-        if (Number(Field(reply, "id")) != bss.id) {
-            next = bss.id;  // gone meanwhile: start again from the entry after it
-            continue;
-        }
-        bss.flags = Field(reply, "flags");
-        if (!QueryBss(client, range, "0x401", &reply)) return false;
-        if (Number(Field(reply, "id")) != bss.id) {
-            next = bss.id;
-            continue;
-        }
-        if (!SsidFromElements(Field(reply, "ie"), &bss)) {
-            // No SSID element first (never seen here): the supplicant's own text of it, whose
-            // spaces the library removed.
-            if (!QueryBss(client, range, "0x1001", &reply)) return false;
-            if (Number(Field(reply, "id")) != bss.id) {
-                next = bss.id;
-                continue;
-            }
-            bss.ssid = DecodeSsid(Field(reply, "ssid"));
-            bss.ssidLength = bss.ssid.size();
-            bss.ssidWhole = false;
-        }
-        found->push_back(bss);
-        next = bss.id + 1;
+        bss.id = *id;
+        if (!ReadBss(client, &bss, &reply)) return false;
+        if (bss.id == *id) found->push_back(bss);
     }
+    std::reverse(found->begin(), found->end());
     return true;
 }
 

@@ -129,21 +129,36 @@ TEST_F(RecipesTest, an_entry_dropped_between_two_queries_is_skipped_not_mixed) {
     EXPECT_EQ(0, empty_);
 }
 
-// Networks at the edge of range leave and come back under higher ids: the one that went is read
-// where it is now, and nothing is asked past the last id held when the listing began.
-TEST_F(RecipesTest, an_entry_back_under_a_higher_id_is_read_there) {
+// Networks at the edge of range leave and come back under higher ids. One gone before its turn
+// is skipped, and nothing past the last id held when the listing began is asked for.
+TEST_F(RecipesTest, an_entry_gone_before_its_turn_is_skipped_not_followed_past_the_bound) {
     table_[4] = {"02:00:00:00:01:00", "old"};
     table_[5] = {"02:00:00:00:02:00", "leaving"};
     changeAfter_ = [this](const std::string& command) {
-        if (command != "BSS RANGE=0- MASK=0x87") return;
+        if (command != "BSS RANGE=0- MASK=0x1") return;
         table_.erase(5);
         table_[9] = {"02:00:00:00:02:00", "back again"};
     };
     const std::vector<recipes::Bss> found = List();
-    ASSERT_EQ(2u, found.size());
+    ASSERT_EQ(1u, found.size());
     EXPECT_EQ("old", found[0].ssid);
-    EXPECT_EQ(9, found[1].id);
-    EXPECT_EQ("back again", found[1].ssid);
+    EXPECT_EQ(0, empty_);
+}
+
+// The newest entries are read first, so their going once read leaves every later query an entry
+// to answer for; read oldest first, the next query would be empty and end the process.
+TEST_F(RecipesTest, the_newest_entries_going_once_read_end_nothing) {
+    table_[0] = {"02:00:00:00:01:00", "stays"};
+    table_[1] = {"02:00:00:00:02:00", "goes"};
+    table_[2] = {"02:00:00:00:03:00", "goes too"};
+    changeAfter_ = [this](const std::string& command) {
+        if (command == "BSS RANGE=1- MASK=0x401") table_.erase(table_.find(1), table_.end());
+    };
+    const std::vector<recipes::Bss> found = List();
+    ASSERT_EQ(3u, found.size());
+    EXPECT_EQ("stays", found[0].ssid);
+    EXPECT_EQ("goes", found[1].ssid);
+    EXPECT_EQ(2, found[2].id);
     EXPECT_EQ(0, empty_);
 }
 

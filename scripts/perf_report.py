@@ -223,11 +223,12 @@ def crowd_section(builds):
               "client's `BSS_FLUSH 1`, and found again by its scans under new ids, every 2.4 s; "
               "*flush-all*, a second client's `BSS_FLUSH 0` and a scan every 0.3 s. Each listing "
               "runs in a child process; **ended** counts those the library ended on an empty "
-              "reply. *by-id* lists as the recipes did before (`BSS FIRST`, `NEXT-<id>`, "
-              "`ID-<id>`), *range* as they do now (`BSS RANGE=<id>-`, the id checked), *position* "
-              "by place in id order (`BSS <n>`), *newest-first* reads the ids first, several to a reply "
-              "(`MASK=0x1`), then each entry from the newest down, *rechecked-bound* lists by range "
-              "asking `BSS LAST` again before each entry; all in turn.", "",
+              "reply. *by-id* lists as the recipes first did (`BSS FIRST`, `NEXT-<id>`, "
+              "`ID-<id>`), *range* as they did in 1.0 (`BSS RANGE=<id>-` from the oldest up, the "
+              "id checked), *position* by place in id order (`BSS <n>`), *newest-first* as they "
+              "list now (the ids first, several to a reply with `MASK=0x1`, then `BSS RANGE=<id>-` "
+              "from the newest down), *rechecked-bound* by range asking `BSS LAST` again before "
+              "each entry; all in turn.", "",
               "| build | churn | design | listings | ended | one in | ms per listing |",
               "|---|---|---|---|---|---|---|"]
     for build, mode, design, n, ended, ms in churn:

@@ -280,7 +280,8 @@ int Isolated(WpacliWrapper& client, const BenchLab& lab, const char* churnScript
     isolation.helper = helper;
     std::set<std::pair<int, std::string>> announced;
     size_t seen = 0;
-    int complete = 0, unannounced = 0;
+    int complete = 0;
+    int unannounced = 0;
     recipes::ListingReport total;
     const Clock::time_point start = Clock::now();
     for (int i = 0; i < listings; ++i) {

@@ -56,7 +56,7 @@ class EmptySupplicant {
     }
 
   private:
-    void Serve() {
+    void Serve() const {
         char request[256];
         for (;;) {
             sockaddr_un from = {};
@@ -113,6 +113,7 @@ int main(int argc, char** argv) {
     memset(resident.data(), 1, resident.size());
     std::atomic<bool> busy{true};
     std::vector<std::thread> threads;
+    threads.reserve(8);
     for (int i = 0; i < 8; ++i) {
         threads.emplace_back([&busy, i] {
             for (int n = 0; busy; ++n) {
@@ -139,6 +140,7 @@ int main(int argc, char** argv) {
     int status = 0;
     for (const auto& [name, list] : designs) {
         std::vector<double> millis;
+        millis.reserve(static_cast<size_t>(rounds));
         for (int round = 0; round < rounds; ++round) {
             const Clock::time_point start = Clock::now();
             if (!list()) status = 1;

@@ -43,8 +43,9 @@ void CloseInherited() {
 int main(int argc, char** argv) {
     // Ending here is expected: no crash dump for it (Android installs its handlers before main)
     // and no core file.
-    for (int sig : {SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV, SIGSYS, SIGTRAP})
+    for (int sig : {SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV, SIGSYS, SIGTRAP}) {
         signal(sig, SIG_DFL);
+    }
     const rlimit none = {0, 0};
     setrlimit(RLIMIT_CORE, &none);
     CloseInherited();

@@ -60,7 +60,8 @@ bool QueryState(WpacliWrapper& client, State* state);
 // What a wait makes of an event.
 enum class Verdict { kNotYet, kDone, kFailed };
 
-struct Wait {
+// The members are in the order a wait is read; a Wait is made once per wait.
+struct Wait {  // NOLINT(clang-analyzer-optin.performance.Padding)
     // The events that may end the wait (EventPattern). Waiting mode hands back the first event
     // that matches, so a pattern that matches events which do not end the wait loses those
     // queued behind them.

@@ -16,8 +16,6 @@
 #include "TesmirRecipes.h"
 #include "bss_lines.h"
 
-extern char** environ;
-
 namespace recipes {
 namespace {
 
@@ -67,7 +65,8 @@ pid_t Spawn(const Isolation& isolation, const std::string& socket, int out) {
     posix_spawn_file_actions_adddup2(&actions, out, STDOUT_FILENO);
     // The host's blocked and ignored signals are not the helper's.
     posix_spawnattr_init(&attr);
-    sigset_t none, all;
+    sigset_t none;
+    sigset_t all;
     sigemptyset(&none);
     sigfillset(&all);
     posix_spawnattr_setsigmask(&attr, &none);
@@ -75,7 +74,7 @@ pid_t Spawn(const Isolation& isolation, const std::string& socket, int out) {
     posix_spawnattr_setflags(&attr, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
     std::string helper = isolation.helper;
     std::string path = socket;
-    char* argv[] = {&helper[0], &path[0], nullptr};
+    char* argv[] = {helper.data(), path.data(), nullptr};
     pid_t pid = -1;
     if (posix_spawn(&pid, helper.c_str(), &actions, &attr, argv, environ) != 0) pid = -1;
     posix_spawnattr_destroy(&attr);

@@ -84,7 +84,8 @@ TEST_F(CrowdTest, under_churn_isolated_listings_never_end_the_host_and_leave_not
     recipes::Isolation isolation;
     isolation.helper = getenv("TESMIR_LIST_HELPER");
     ASSERT_TRUE(recipes::Scan(*client_, "2412,2437,2462"));
-    const size_t fds = Entries("/proc/self/fd", ""), sockets = Entries("/tmp", "wpa_ctrl_");
+    const size_t fds = Entries("/proc/self/fd", "");
+    const size_t sockets = Entries("/tmp", "wpa_ctrl_");
     std::atomic<bool> busy{true};
     std::vector<std::thread> threads;
     for (int i = 0; i < 8; ++i) {
@@ -100,7 +101,8 @@ TEST_F(CrowdTest, under_churn_isolated_listings_never_end_the_host_and_leave_not
         });
     }
     std::thread churn([] { Run(std::string(getenv("TESMIR_LAB_CHURN")) + " edge 20"); });
-    int listings = 0, whole = 0;
+    int listings = 0;
+    int whole = 0;
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(12);
     // Runs on the lab's real clock: churn.sh sleeps, and simulated time would not pass for it
     // while listings keep the machine busy.

@@ -15,8 +15,8 @@
 
 #include <gtest/gtest.h>
 
-#include "WpacliWrapper.h"
 #include "TesmirRecipes.h"
+#include "WpacliWrapper.h"
 
 namespace radio {
 

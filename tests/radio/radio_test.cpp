@@ -23,9 +23,9 @@
 
 #include <gtest/gtest.h>
 
+#include "TesmirRecipes.h"
 #include "WpacliWrapper.h"
 #include "radio_fixture.h"
-#include "TesmirRecipes.h"
 
 namespace {
 

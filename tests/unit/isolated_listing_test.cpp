@@ -33,7 +33,7 @@ class IsolatedListingTest : public ::testing::Test {
   protected:
     void SetUp() override {
         std::string dir = kTemporary;
-        ASSERT_NE(mkdtemp(&dir[0]), nullptr);
+        ASSERT_NE(mkdtemp(dir.data()), nullptr);
         dir_ = dir;
         isolation_.clientDir = dir_;
         isolation_.milliseconds = 200;
@@ -108,8 +108,7 @@ TEST_F(IsolatedListingTest, output_cut_short_or_miscounted_is_no_listing) {
 
 // As when the library ends the helper on an empty reply: its client sockets stay behind.
 TEST_F(IsolatedListingTest, a_helper_that_ends_is_reaped_its_sockets_removed_and_tried_again) {
-    Helper(": >\"$1/wpa_ctrl_$$-1\"; : >\"$1/wpa_ctrl_$$-2\"; : >\"$1/wpa_ctrl_1-1\"; kill -ABRT "
-           "$$");
+    Helper(R"(: >"$1/wpa_ctrl_$$-1"; : >"$1/wpa_ctrl_$$-2"; : >"$1/wpa_ctrl_1-1"; kill -ABRT $$)");
     EXPECT_FALSE(List());
     EXPECT_TRUE(found_.empty());
     EXPECT_EQ(report_.helpers, 3);

@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
-#include "client_test_base.h"
 #include "TesmirRecipes.h"
+#include "client_test_base.h"
 
 namespace {
 

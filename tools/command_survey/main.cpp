@@ -31,8 +31,8 @@
 // wpa_ctrl.h needs size_t but does not include stddef.h itself.
 #include <wpa_ctrl.h>
 
-#include "WpacliWrapper.h"
 #include "TesmirRecipes.h"
+#include "WpacliWrapper.h"
 
 namespace {
 

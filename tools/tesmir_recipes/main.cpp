@@ -5,6 +5,7 @@
 // prints what it found. Exit status 0 when the recipe did what was asked, 1 when not, 64 on bad
 // usage.
 
+#include <inttypes.h>
 #include <limits.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -56,8 +57,8 @@ int Usage() {
 struct Options {
     bool inProcess = false;
     std::string helper;
-    long repeat = 0;  // 0: once, printing what the recipe found
-    bool quiet() const { return repeat > 0; }
+    int64_t repeat = 0;  // 0: once, printing what the recipe found
+    bool Quiet() const { return repeat > 0; }
 };
 
 // tesmir-list-helper, installed beside this tool.
@@ -75,7 +76,7 @@ bool PrintStatus(WpacliWrapper& client, const Options& options) {
     if (!recipes::CurrentBssid(client, &bssid) || !recipes::ReadSignal(client, &signal)) {
         return false;
     }
-    if (!options.quiet()) {
+    if (!options.Quiet()) {
         printf("bssid=%s freq=%d rssi=%d linkspeed=%d\n", bssid.c_str(), signal.freq, signal.rssi,
                signal.linkSpeed);
     }
@@ -99,7 +100,7 @@ bool List(WpacliWrapper& client, const std::string& socket, const Options& optio
         if (!listed) return false;
     }
     *note = " bss=" + std::to_string(found.size()) + *note;
-    if (options.quiet()) return true;
+    if (options.Quiet()) return true;
     for (const recipes::Bss& bss : found) {
         printf("%s %d %d %s %s%s\n", bss.bssid.c_str(), bss.freq, bss.level, bss.flags.c_str(),
                bss.ssid.c_str(),
@@ -137,7 +138,7 @@ bool Run(WpacliWrapper& client, const std::string& socket, const std::vector<std
         int reason = 0;
         if (!recipes::WaitForLinkLoss(client, atoi(arg(1).c_str()), &reason)) return false;
         *note = " reason=" + std::to_string(reason);
-        if (!options.quiet()) printf("reason=%d\n", reason);
+        if (!options.Quiet()) printf("reason=%d\n", reason);
         return true;
     }
     return false;
@@ -177,14 +178,14 @@ int main(int argc, char** argv) {
         return 1;
     }
     const std::vector<std::string> run(words.begin() + 1, words.end());
-    const long runs = options.quiet() ? options.repeat : 1;
-    long failed = 0;
-    for (long i = 1; i <= runs; ++i) {
+    const int64_t runs = options.Quiet() ? options.repeat : 1;
+    int64_t failed = 0;
+    for (int64_t i = 1; i <= runs; ++i) {
         std::string note;
         const bool ok = Run(*client, words[0], run, options, &note);
         failed += ok ? 0 : 1;
-        if (options.quiet()) {
-            printf("run %ld: %s%s\n", i, ok ? "ok" : "failed", note.c_str());
+        if (options.Quiet()) {
+            printf("run %" PRId64 ": %s%s\n", i, ok ? "ok" : "failed", note.c_str());
             fflush(stdout);
         } else if (!ok) {
             fprintf(stderr, "tesmir-recipes: %s did not succeed%s\n", recipe->name, note.c_str());

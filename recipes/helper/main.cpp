@@ -26,7 +26,9 @@ namespace {
 
 // The host's descriptors stay the host's: libwpa_client opens its sockets without close-on-exec.
 void CloseInherited() {
+#ifdef SYS_close_range  // Linux 5.9; older trees' kernel headers lack it
     if (syscall(SYS_close_range, 3U, ~0U, 0U) == 0) return;
+#endif
     std::vector<int> open;
     if (DIR* fds = opendir("/proc/self/fd")) {
         while (const dirent* entry = readdir(fds)) {

@@ -121,6 +121,7 @@ bool ReadBss(WpacliWrapper& client, Bss* bss, std::string* reply) {
     // No SSID element first (never seen here): the supplicant's own text of it, whose spaces the
     // library removed.
     if (!ask("0x1001")) return false;
+    if (!held) return true;
     bss->ssid = DecodeSsid(Field(*reply, "ssid"));
     bss->ssidLength = bss->ssid.size();
     bss->ssidWhole = false;

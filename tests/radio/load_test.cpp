@@ -86,6 +86,14 @@ TEST_F(CrowdTest, under_churn_isolated_listings_never_end_the_host_and_leave_not
     // A bound for a hang, not for speed: under qemu in the lab one listing takes seconds.
     isolation.milliseconds = 60000;
     ASSERT_TRUE(recipes::Scan(*client_, "2412,2437,2462"));
+    {
+        // On a quiet table the first helper lists it whole, however slow it is (under qemu).
+        std::vector<recipes::Bss> found;
+        recipes::ListingReport report;
+        ASSERT_TRUE(recipes::ListNetworksIsolated(socket_, &found, &report, isolation));
+        EXPECT_EQ(Held(), found.size());
+        EXPECT_EQ(1, report.helpers);
+    }
     const size_t fds = Entries("/proc/self/fd", "");
     const size_t sockets = Entries("/tmp", "wpa_ctrl_");
     std::atomic<bool> busy{true};
@@ -125,8 +133,8 @@ TEST_F(CrowdTest, under_churn_isolated_listings_never_end_the_host_and_leave_not
     churn.join();
     threads.clear();  // closes the threads' clients
     RecordProperty("listings", listings);
+    // How many come out whole under churn depends on the helper's speed: the benchmark counts it.
     RecordProperty("whole", whole);
-    EXPECT_GT(whole, 0);
     EXPECT_EQ(fds, Entries("/proc/self/fd", ""));
     EXPECT_EQ(sockets, Entries("/tmp", "wpa_ctrl_"));
     errno = 0;

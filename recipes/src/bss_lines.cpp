@@ -3,10 +3,10 @@
 
 #include "bss_lines.h"
 
-#include <stdio.h>
 #include <stdlib.h>
 
 #include "WpaStringUtils.h"
+#include "hex.h"
 
 namespace recipes {
 namespace {
@@ -23,15 +23,9 @@ std::string Unfield(const std::string& field) {
 }  // namespace
 
 std::string BssLine(const Bss& bss) {
-    std::string hex;
-    for (unsigned char c : bss.ssid) {
-        char digits[3];
-        snprintf(digits, sizeof(digits), "%02x", c);
-        hex += digits;
-    }
     return "bss " + std::to_string(bss.id) + " " + Field(bss.bssid) + " " +
            std::to_string(bss.freq) + " " + std::to_string(bss.level) + " " + Field(bss.flags) +
-           " " + Field(hex) + " " + std::to_string(bss.ssidLength) + " " +
+           " " + Field(Hex(bss.ssid)) + " " + std::to_string(bss.ssidLength) + " " +
            (bss.ssidWhole ? "1" : "0") + "\n";
 }
 
@@ -52,10 +46,7 @@ bool ParseBssLines(const std::string& output, std::vector<Bss>* found) {
         bss.freq = atoi(f[3].c_str());
         bss.level = atoi(f[4].c_str());
         bss.flags = Unfield(f[5]);
-        const std::string hex = Unfield(f[6]);
-        for (size_t i = 0; i + 1 < hex.size(); i += 2) {
-            bss.ssid += static_cast<char>(strtol(hex.substr(i, 2).c_str(), nullptr, 16));
-        }
+        bss.ssid = Bytes(Unfield(f[6]));
         bss.ssidLength = strtoul(f[7].c_str(), nullptr, 10);
         bss.ssidWhole = f[8] == "1";
         found->push_back(bss);

@@ -4,7 +4,6 @@
 #include "TesmirRecipes.h"
 
 #include <ctype.h>
-#include <stdio.h>
 #include <stdlib.h>
 
 #include <algorithm>
@@ -13,6 +12,7 @@
 #include <thread>
 
 #include "WpaStringUtils.h"
+#include "hex.h"
 
 namespace recipes {
 namespace {
@@ -65,10 +65,7 @@ bool HoldsBss(WpacliWrapper& client) {
 bool SsidFromElements(const std::string& hex, Bss* bss) {
     if (hex.size() < 4 || hex.compare(0, 2, "00") != 0) return false;
     bss->ssidLength = static_cast<size_t>(strtol(hex.substr(2, 2).c_str(), nullptr, 16));
-    bss->ssid.clear();
-    for (size_t i = 4; i + 1 < hex.size() && bss->ssid.size() < bss->ssidLength; i += 2) {
-        bss->ssid += static_cast<char>(strtol(hex.substr(i, 2).c_str(), nullptr, 16));
-    }
+    bss->ssid = Bytes(hex.substr(4, 2 * bss->ssidLength));
     bss->ssidWhole = bss->ssid.size() == bss->ssidLength;
     return true;
 }
@@ -423,13 +420,7 @@ bool Connect(WpacliWrapper& client, const std::string& ssid, Security security,
     std::string id;
     if (!Command(client, "ADD_NETWORK", &id)) return false;
     // In hex: an SSID may hold quotes, spaces and any other byte.
-    std::string hex;
-    for (unsigned char c : ssid) {
-        char digits[3];
-        snprintf(digits, sizeof(digits), "%02x", c);
-        hex += digits;
-    }
-    std::vector<std::string> settings = {"ssid " + hex};
+    std::vector<std::string> settings = {"ssid " + Hex(ssid)};
     switch (security) {
         case Security::kOpen:
             settings.emplace_back("key_mgmt NONE");

@@ -12,9 +12,11 @@
 //    while the supplicant's BSS table stands still;
 //  - a wait is a loop of waiting-mode calls whose patterns are anchored on the whole prefix of
 //    the events they await, and which read fields only from where an SSID cannot reach;
-//  - events between two calls are lost, so a wait also asks the supplicant's state: at once on a
-//    supplicant built as devices build it (its STATUS sends the state as an event), after 3 s
-//    without events on a desktop build.
+//  - events between two calls are lost, so a wait also asks the supplicant's state: on a
+//    supplicant built as devices build it (its STATUS sends the state as an event) after every
+//    event, and a few milliseconds apart while a connection settles; on a desktop build after 3 s
+//    without events. When, and what each query sends the supplicant's other clients:
+//    docs/RECIPES.md, "Knowing the outcome as soon as the supplicant does".
 // Every recipe returns false when the supplicant did not do what was asked, or a call failed.
 
 #include <functional>
@@ -70,7 +72,9 @@ struct Wait {  // NOLINT(clang-analyzer-optin.performance.Padding)
     std::function<Verdict(const std::string& event)> judge;
     // Whether the station's state can end the wait (connect, roam, ...): then every event that
     // does not end it is followed by STATUS in waiting mode, which on a device build hands the
-    // state to |judge| as an event; on a desktop build it waits as PING does.
+    // state to |judge| as an event, and so is every such state from associating to the group
+    // handshake, after a few milliseconds (at most 9 times a wait); on a desktop build STATUS
+    // waits as PING does.
     bool askState = false;
     // Asked after each 3 s without events, on a build that sends no state: whether what the
     // awaited event announces has happened, its event lost between two calls.

@@ -28,6 +28,17 @@ constexpr const char* kConnectedEvent = "CTRL-EVENT-CONNECTED - ";
 constexpr const char* kDisconnectedEvent = "CTRL-EVENT-DISCONNECTED bssid=";
 constexpr const char* kCutBeforeMac = "[ A-Za-z]{0,14}[0-9a-f:]{0,16}$";
 
+// From associating (5) to the group handshake (8): a connection can complete any moment.
+constexpr int kAssociating = 5;
+bool Settling(int state) {
+    return state >= kAssociating && state < kCompleted;
+}
+// How a wait asks a settling station's state: a few milliseconds apart, which the last steps of
+// a connection take between them, and at most this often in one wait, which a wrong passphrase
+// (the station in the handshake for seconds) reaches; then it waits on PING.
+constexpr std::chrono::milliseconds kSpacing(3);
+constexpr int kSpacedQueries = 9;
+
 // The value of KEY in a reply of KEY=VALUE lines ("" when absent).
 std::string Field(const std::string& reply, const std::string& key) {
     std::vector<std::string> lines;
@@ -272,7 +283,9 @@ bool Await(WpacliWrapper& client, const std::string& command, const Wait& wait,
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(wait.seconds);
     // Whether this supplicant sends its state as events: a build as devices build it.
     bool sendsState = false;
-    int asked = 0;  // state queries in a row that did not hand back a state
+    int asked = 0;   // state queries in a row that did not hand back a state
+    int spaced = 0;  // state queries that no event prompted
+    int last = -1;   // the state last read
     std::string next = command;
     std::string response;
     for (;;) {
@@ -285,19 +298,34 @@ bool Await(WpacliWrapper& client, const std::string& command, const Wait& wait,
                 if (event != nullptr) *event = response;
                 return verdict == Verdict::kDone;
             }
-            sendsState = sendsState || Matches(response, kStateChangeEvent);
+            static const std::regex kSentState(EventPattern(kStateChangeEvent));
+            sendsState = sendsState || std::regex_search(response, kSentState);
             State state;
-            asked = next == "STATUS" && !ParseState(response, &state) ? asked + 1 : 0;
+            const bool read = ParseState(response, &state);
+            if (read) last = state.state;
+            asked = next == "STATUS" && !read ? asked + 1 : 0;
         } else if (!(sendsState && wait.askState) && wait.happened && wait.happened()) {
             if (event != nullptr) event->clear();
             return true;
         }
         if (std::chrono::steady_clock::now() >= deadline) return false;
-        // What this call did not see may have come between it and the next: ask the state before
-        // waiting for another event. A device build answers at once; a desktop build waits as
-        // PING does. Behind a shorter event of the same call the state comes cut: ask again.
-        const bool again = sendsState && asked > 0 && asked < 3;
-        next = wait.askState && (next != "STATUS" || again) ? "STATUS" : "PING";
+        const bool queried = next == "STATUS";
+        next = "PING";
+        if (!wait.askState) continue;
+        if (!queried || (sendsState && asked > 0 && asked < 3)) {
+            // What this call did not see may have come between it and the next: ask the state
+            // before waiting for another event. A device build answers at once; a desktop build
+            // waits as PING does. Behind a shorter event of the same call the state comes cut:
+            // ask again.
+            next = "STATUS";
+        } else if (sendsState && Settling(last) && spaced < kSpacedQueries) {
+            // From association on, the flow's last events come within milliseconds of each other
+            // with nothing after them: should they fall between this call and a PING, that PING
+            // would wait 3 s. Ask the state again a little later instead.
+            std::this_thread::sleep_for(kSpacing);
+            ++spaced;
+            next = "STATUS";
+        }
     }
 }
 

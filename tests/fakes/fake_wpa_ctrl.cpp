@@ -17,6 +17,7 @@
 struct wpa_ctrl {
     int id;
     std::deque<std::string> events;
+    bool attached = false;
 };
 
 namespace fake {
@@ -67,6 +68,12 @@ void SendEvent(const std::string& bytes) {
     Get().open.back()->events.push_back(bytes);
 }
 
+bool Emit(const std::string& bytes) {
+    if (!Get().open.back()->attached) return false;
+    SendEvent(bytes);
+    return true;
+}
+
 int OpenConnections() {
     return static_cast<int>(Get().open.size());
 }
@@ -99,11 +106,14 @@ void wpa_ctrl_close(struct wpa_ctrl* ctrl) {
 
 int wpa_ctrl_attach(struct wpa_ctrl* ctrl) {
     Record("attach", ctrl);
+    if (ctrl != nullptr) ctrl->attached = Get().script.attachResult == 0;
     return Get().script.attachResult;
 }
 
 int wpa_ctrl_detach(struct wpa_ctrl* ctrl) {
     Record("detach", ctrl);
+    if (ctrl != nullptr) ctrl->attached = false;
+    if (Get().script.onDetach) Get().script.onDetach();
     return 0;
 }
 
@@ -155,10 +165,13 @@ extern "C" int __wrap_select(  // NOLINT(bugprone-reserved-identifier,readabilit
     snprintf(entry, sizeof(entry), "select %ld.%06ld", static_cast<long>(timeout->tv_sec),
              static_cast<long>(timeout->tv_usec));
     Get().transcript.emplace_back(entry);
-    const bool queued = std::any_of(Get().open.begin(), Get().open.end(), [&](const auto& c) {
-        return c->id == nfds - 1 - fake::kFirstFd && !c->events.empty();
-    });
-    const fake::Script::SelectStep step = fake::Next(Get().script.selectSteps, {queued ? 1 : 0});
+    const auto queued = [nfds] {
+        return std::any_of(Get().open.begin(), Get().open.end(), [&](const auto& c) {
+            return c->id == nfds - 1 - fake::kFirstFd && !c->events.empty();
+        });
+    };
+    if (!queued() && Get().script.onWait) Get().script.onWait();
+    const fake::Script::SelectStep step = fake::Next(Get().script.selectSteps, {queued() ? 1 : 0});
     // As Linux: what was not spent is written back; a time-out spends it all.
     const auto left = timeout->tv_sec * 1000000 + timeout->tv_usec - step.spentUs;
     *timeout =

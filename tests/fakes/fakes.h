@@ -11,7 +11,9 @@
 // Connections are numbered from 1 as they are opened (0 is null); the number in parentheses is
 // the capacity offered; log lines start with their priority's letter, and the line of a
 // "[name:line]" prefix shows as N. Events are datagrams queued on the connection opened last: a
-// receive takes one and drops what does not fit, as a datagram socket does.
+// receive takes one and drops what does not fit, as a datagram socket does. SendEvent() queues
+// one whatever the connection's state; Emit() is the supplicant sending one, which only an
+// attached connection gets.
 
 #include <stddef.h>
 
@@ -35,7 +37,11 @@ struct Script {
     std::deque<int> pendingResults;  // one per pending; else whether an event is queued
     std::optional<int> fd;           // what wpa_ctrl_get_fd gives instead
     std::function<void()> onOpen;    // runs inside every wpa_ctrl_open
-    bool lineNumbers = false;        // log lines keep "[name:line]" as written
+    std::function<void()> onDetach;  // runs inside every wpa_ctrl_detach, once detached
+    // Runs inside a select() that finds no event queued, before it decides: the supplicant going
+    // on while a client waits.
+    std::function<void()> onWait;
+    bool lineNumbers = false;  // log lines keep "[name:line]" as written
 
     // One per select(): ready (> 0) after |spentUs| of the time-out, timed out (0), or failed
     // with EINTR (< 0). Without one: ready at once when an event is queued, else timed out.
@@ -52,6 +58,9 @@ std::vector<std::string>& Transcript();
 void Reset();
 // Queues one event on the connection opened last (an open client's event connection).
 void SendEvent(const std::string& bytes);
+// The supplicant sends an event: queued on the connection opened last while it is attached, else
+// lost (false).
+bool Emit(const std::string& bytes);
 int OpenConnections();
 
 }  // namespace fake

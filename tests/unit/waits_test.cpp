@@ -1,0 +1,221 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copyright 2026 The libtesmirwpacliwrapper Authors
+
+// The recipes' waits over the fakes, against a station built as devices build it whose flow's
+// last events come while no call is attached: between two calls, where no client sees them.
+
+#include <stdio.h>
+
+#include <string>
+#include <vector>
+
+#include "TesmirRecipes.h"
+#include "client_test_base.h"
+
+namespace {
+
+constexpr const char* kAp1 = "02:00:00:00:01:00";
+constexpr const char* kAp2 = "02:00:00:00:02:00";
+
+std::string StateChange(int state, const std::string& bssid) {
+    return "<3>CTRL-EVENT-STATE-CHANGE id=0 state=" + std::to_string(state) + " BSSID=" + bssid +
+           " SSID=tesmir";
+}
+
+std::string Connected(const std::string& how, const std::string& bssid) {
+    return "<3>CTRL-EVENT-CONNECTED - " + how + " to " + bssid + " completed [id=0 id_str=]";
+}
+
+// A connection's events as wpa_supplicant sends them, WPA2 to |bssid|, up to the handshake's
+// last step; then the burst that completes it, which comes within a millisecond.
+struct Flow {
+    std::vector<std::string> before;
+    std::vector<std::string> last;
+    std::vector<std::string> after;  // what the supplicant goes on to do, unasked
+};
+
+Flow Wpa2(const std::string& bssid) {
+    const std::string none = "00:00:00:00:00:00";
+    return {{"<3>SME: Trying to authenticate with " + bssid + " (SSID='tesmir' freq=2412 MHz)",
+             StateChange(4, none),
+             "<3>Trying to associate with " + bssid + " (SSID='tesmir' freq=2412 MHz)",
+             StateChange(5, none), StateChange(6, none), "<3>Associated with " + bssid,
+             StateChange(7, bssid), StateChange(8, bssid)},
+            {"<3>WPA: Key negotiation completed with " + bssid + " [PTK=CCMP GTK=CCMP]",
+             Connected("Connection", bssid), StateChange(9, bssid)},
+            {}};
+}
+
+// An open network completes as soon as it is associated.
+Flow Open(const std::string& bssid) {
+    Flow flow = Wpa2(bssid);
+    flow.before.resize(4);
+    flow.last = {StateChange(6, bssid), "<3>Associated with " + bssid,
+                 Connected("Connection", bssid), StateChange(9, bssid)};
+    return flow;
+}
+
+// The supplicant's answers, and its station: STATUS sends every attached client the present state
+// (and a CONNECTED once completed). The flow moves on by an event during each state query and
+// while a call waits for an event, after |quiet| waits that find none; its last burst and what
+// comes after, only while a call waits. The last burst comes in
+// the gap after the |gap|-th call that follows the event before it, unless a call meets it first.
+class Station {
+  public:
+    Station(Flow flow, int state, std::string bssid, int gap, int quiet = 0)
+        : flow_(std::move(flow)),
+          state_(state),
+          bssid_(std::move(bssid)),
+          gap_(gap),
+          quiet_(quiet) {
+        fake::GetScript().replyTo = [this](const std::string& command) { return Reply(command); };
+        fake::GetScript().onWait = [this] { Next(true); };
+        fake::GetScript().onDetach = [this] {
+            if (flow_.before.empty() && !flow_.last.empty() && gap_-- == 0) Burst();
+        };
+    }
+    ~Station() { fake::GetScript() = fake::Script(); }
+
+    int queries = 0;    // STATUS in waiting mode or not: each sends the state
+    int events = 0;     // the flow's events that reached the client
+    int lateWaits = 0;  // waits that found no event once the flow had ended: 3 s each
+
+  private:
+    std::string Reply(const std::string& command) {
+        if (command == "PING") return "PONG\n";
+        if (command == "ADD_NETWORK") return "0\n";
+        if (command != "STATUS") return "OK\n";
+        ++queries;
+        fake::Emit(StateChange(state_, bssid_));
+        if (state_ != recipes::kCompleted) {
+            Next(false);
+            return "wpa_state=ASSOCIATING\n";
+        }
+        fake::Emit("<3>CTRL-EVENT-CONNECTED - connection to " + bssid_ +
+                   " completed (auth) [id=0 id_str=]");
+        return "bssid=" + bssid_ + "\nfreq=2412\n";
+    }
+
+    void Send(const std::string& event) {
+        recipes::State state;
+        if (event.find("STATE-CHANGE") != std::string::npos && recipes::ParseState(event, &state)) {
+            state_ = state.state;
+            bssid_ = state.bssid;
+        }
+        events += fake::Emit(event) ? 1 : 0;
+    }
+
+    // The flow's next event, or its whole last burst.
+    void Next(bool waiting) {
+        if (quiet_ > 0 && waiting) {
+            --quiet_;
+        } else if (!flow_.before.empty()) {
+            Send(flow_.before.front());
+            flow_.before.erase(flow_.before.begin());
+        } else if (!flow_.last.empty() && waiting) {
+            Burst();
+        } else if (!flow_.after.empty() && waiting) {
+            Send(flow_.after.front());
+            flow_.after.erase(flow_.after.begin());
+        } else {
+            lateWaits += waiting ? 1 : 0;
+        }
+    }
+
+    void Burst() {
+        for (const std::string& event : flow_.last) Send(event);
+        flow_.last.clear();
+    }
+
+    Flow flow_;
+    int state_;
+    std::string bssid_;
+    int gap_;
+    int quiet_;
+};
+
+class WaitsTest : public ClientTest {
+  protected:
+    void SetUp() override {
+        ClientTest::SetUp();
+        OpenClient();
+    }
+
+    // A client of its own for each flow: the events one leaves queued would answer the next.
+    void Fresh() {
+        TearDown();
+        SetUp();
+    }
+};
+
+// Every place of the last burst: in the gap after the call that took the event before it, after
+// the next call, and so on, while the wait may still ask the state (a few calls: the burst comes
+// within milliseconds of that event).
+constexpr int kGaps = 6;
+
+TEST_F(WaitsTest, a_connection_completed_between_two_calls_is_known_at_once) {
+    for (int gap = 0; gap < kGaps; ++gap) {
+        SCOPED_TRACE("the last burst after call " + std::to_string(gap));
+        {
+            Fresh();
+            Station station(Wpa2(kAp1), 0, "00:00:00:00:00:00", gap);
+            std::string bssid;
+            EXPECT_TRUE(recipes::Reconnect(*client_, &bssid));
+            EXPECT_EQ(kAp1, bssid);
+            EXPECT_EQ(0, station.lateWaits);
+            EXPECT_LE(station.queries, station.events + 10);
+        }
+        {
+            Fresh();
+            Station station(Wpa2(kAp2), recipes::kCompleted, kAp1, gap);
+            EXPECT_TRUE(recipes::Roam(*client_, kAp2));
+            EXPECT_EQ(0, station.lateWaits);
+        }
+        {
+            Fresh();
+            Station station(Open(kAp1), 0, "00:00:00:00:00:00", gap);
+            std::string bssid;
+            EXPECT_TRUE(recipes::Connect(*client_, "tesmir-open", recipes::Security::kOpen, "", "",
+                                         &bssid));
+            EXPECT_EQ(kAp1, bssid);
+            EXPECT_EQ(0, station.lateWaits);
+        }
+    }
+}
+
+TEST_F(WaitsTest, a_link_lost_between_two_calls_is_known_by_the_next_event) {
+    // The access point leaves: the station drops to 0, then scans for another on its own.
+    for (int gap = 0; gap < 3; ++gap) {
+        SCOPED_TRACE("the loss after call " + std::to_string(gap));
+        Fresh();
+        Flow flow;
+        flow.last = {"<3>CTRL-EVENT-DISCONNECTED bssid=" + std::string(kAp1) +
+                             " reason=3 locally_generated=0",
+                     StateChange(0, kAp1)};
+        flow.after = {StateChange(3, kAp1), "<3>CTRL-EVENT-SCAN-STARTED "};
+        // Found after a quiet wait, the link is asked its state and waited on again.
+        Station station(flow, recipes::kCompleted, kAp1, gap, 1);
+        int reason = -1;
+        EXPECT_TRUE(recipes::WaitForLinkLoss(*client_, 10, &reason));
+        EXPECT_EQ(0, station.lateWaits);
+    }
+}
+
+// A wrong passphrase holds the station in the handshake for seconds: the wait asks its state a
+// bounded number of times, then waits for events.
+TEST_F(WaitsTest, a_station_held_in_the_handshake_is_asked_a_bounded_number_of_times) {
+    Flow flow = Wpa2(kAp1);
+    flow.before.pop_back();  // stays in the 4-way handshake
+    flow.last.clear();
+    flow.after = {
+            "<3>CTRL-EVENT-SSID-TEMP-DISABLED id=0 ssid=\"tesmir\" auth_failures=1 "
+            "duration=10 reason=WRONG_KEY"};
+    Station station(flow, 0, "00:00:00:00:00:00", kGaps);
+    std::string bssid;
+    EXPECT_FALSE(
+            recipes::Connect(*client_, "tesmir", recipes::Security::kWpa2Psk, "wrong", "", &bssid));
+    EXPECT_LE(station.queries, station.events + 10);
+    EXPECT_EQ(0, station.lateWaits);
+}
+
+}  // namespace

@@ -183,7 +183,9 @@ bool AwaitCompleted(WpacliWrapper& client, const std::string& bssid, int id,
         }
         return !failure.empty() && Matches(event, failure) ? Verdict::kFailed : Verdict::kNotYet;
     };
-    if (!Await(client, "PING", wait)) return false;
+    // The state first: a connection to a known access point can complete between the command's
+    // call and the wait's first.
+    if (!Await(client, "STATUS", wait)) return false;
     if (!found.empty()) {
         if (connected != nullptr) *connected = found;
         return true;
@@ -312,11 +314,11 @@ bool Await(WpacliWrapper& client, const std::string& command, const Wait& wait,
         const bool queried = next == "STATUS";
         next = "PING";
         if (!wait.askState) continue;
-        if (!queried || (sendsState && asked > 0 && asked < 3)) {
+        if (!queried || (asked > 0 && asked < 3)) {
             // What this call did not see may have come between it and the next: ask the state
             // before waiting for another event. A device build answers at once; a desktop build
-            // waits as PING does. Behind a shorter event of the same call the state comes cut:
-            // ask again.
+            // waits as PING does. Behind other events of the same call the state comes cut, or
+            // not last: ask again.
             next = "STATUS";
         } else if (sendsState && Settling(last) && spaced < kSpacedQueries) {
             // From association on, the flow's last events come within milliseconds of each other
@@ -515,7 +517,8 @@ bool Roam(WpacliWrapper& client, const std::string& bssid) {
 }
 
 bool WaitForLinkLoss(WpacliWrapper& client, int seconds, int* reason) {
-    return AwaitDisconnected(client, "PING", seconds, reason);
+    // The state first: a link already down ends the wait at once.
+    return AwaitDisconnected(client, "STATUS", seconds, reason);
 }
 
 bool Forget(WpacliWrapper& client) {

@@ -112,7 +112,12 @@ int wpa_ctrl_attach(struct wpa_ctrl* ctrl) {
 
 int wpa_ctrl_detach(struct wpa_ctrl* ctrl) {
     Record("detach", ctrl);
-    if (ctrl != nullptr) ctrl->attached = false;
+    if (ctrl != nullptr) {
+        // libwpa_client reads the reply on the connection the events come on, and drops every
+        // event before it.
+        ctrl->attached = false;
+        ctrl->events.clear();
+    }
     if (Get().script.onDetach) Get().script.onDetach();
     return 0;
 }

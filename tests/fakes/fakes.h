@@ -11,9 +11,10 @@
 // Connections are numbered from 1 as they are opened (0 is null); the number in parentheses is
 // the capacity offered; log lines start with their priority's letter, and the line of a
 // "[name:line]" prefix shows as N. Events are datagrams queued on the connection opened last: a
-// receive takes one and drops what does not fit, as a datagram socket does. SendEvent() queues
-// one whatever the connection's state; Emit() is the supplicant sending one, which only an
-// attached connection gets.
+// receive takes one and drops what does not fit, as a datagram socket does, and a detach drops
+// what is left, as libwpa_client does while it reads the detach's reply. SendEvent() queues one
+// whatever the connection's state; Emit() is the supplicant sending one, which only an attached
+// connection gets.
 
 #include <stddef.h>
 

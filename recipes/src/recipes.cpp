@@ -36,7 +36,7 @@ bool Settling(int state) {
 // How a wait asks a settling station's state: a few milliseconds apart, which the last steps of
 // a connection take between them, and at most this often in one wait, which a wrong passphrase
 // (the station in the handshake for seconds) reaches; then it waits on PING.
-constexpr std::chrono::milliseconds kSpacing(3);
+constexpr std::chrono::milliseconds kSpacing(2);
 constexpr int kSpacedQueries = 9;
 
 // The value of KEY in a reply of KEY=VALUE lines ("" when absent).

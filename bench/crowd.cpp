@@ -40,8 +40,8 @@
 #include "TesmirRecipes.h"
 #include "WpacliWrapper.h"
 #include "bench_lab.h"
+#include "call_counts.h"
 #include "listener.h"
-#include "quiet_waits.h"
 
 using Clock = std::chrono::steady_clock;
 
@@ -169,10 +169,10 @@ int Cost(WpacliWrapper& client, const BenchLab& lab, int rounds) {
     RawClient raw(lab);
     if (!raw.ok()) return 1;
     for (int round = 0; round < rounds; ++round) {
-        ResetQuietWaits();
+        ResetCounts();
         Clock::time_point start = Clock::now();
         const bool scanned = recipes::Scan(client, "2412,2437,2462");
-        printf("scan,%.3f,%d\n", Millis(start), QuietWaits());
+        printf("scan,%.3f,%d\n", Millis(start), Counts().quiet);
         std::vector<recipes::Bss> found;
         start = Clock::now();
         if (!scanned || !recipes::ListNetworks(client, &found)) return 1;

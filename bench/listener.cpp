@@ -8,8 +8,9 @@
 #include <wpa_ctrl.h>
 
 Listener::Listener(const std::string& socket, const std::string& dir)
-    : ctrl_(wpa_ctrl_open2(socket.c_str(), dir.c_str())) {
-    if (ctrl_ == nullptr || wpa_ctrl_attach(ctrl_) != 0) return;
+    : ctrl_(wpa_ctrl_open2(socket.c_str(), dir.c_str())),
+      probe_(wpa_ctrl_open2(socket.c_str(), dir.c_str())) {
+    if (ctrl_ == nullptr || probe_ == nullptr || wpa_ctrl_attach(ctrl_) != 0) return;
     thread_ = std::thread([this] { Listen(); });
 }
 
@@ -17,6 +18,28 @@ Listener::~Listener() {
     stop_ = true;
     if (thread_.joinable()) thread_.join();
     if (ctrl_ != nullptr) wpa_ctrl_close(ctrl_);
+    if (probe_ != nullptr) wpa_ctrl_close(probe_);
+}
+
+void Listener::Probe(const std::regex& pattern) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    probePattern_ = pattern;
+    armed_ = true;
+    answered_.reset();
+}
+
+bool Listener::Answered(Clock::time_point* when) {
+    for (int i = 0; i < 200; ++i) {
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            if (answered_) {
+                *when = *answered_;
+                return true;
+            }
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return false;
 }
 
 bool Listener::First(const std::regex& pattern, Clock::time_point since, Clock::time_point* when) {
@@ -50,7 +73,17 @@ void Listener::Listen() {
         size_t length = sizeof(buffer);
         if (wpa_ctrl_recv(ctrl_, buffer, &length) != 0) continue;
         const Clock::time_point now = Clock::now();
-        std::lock_guard<std::mutex> lock(mutex_);
-        events_.emplace_back(now, std::string(buffer, length));
+        std::string event(buffer, length);
+        std::unique_lock<std::mutex> lock(mutex_);
+        const bool probe = armed_ && std::regex_search(event, probePattern_);
+        events_.emplace_back(now, std::move(event));
+        if (!probe) continue;
+        armed_ = false;
+        lock.unlock();
+        char reply[64];
+        size_t replyLength = sizeof(reply);
+        const bool ok = wpa_ctrl_request(probe_, "PING", 4, reply, &replyLength, nullptr) == 0;
+        lock.lock();
+        if (ok) answered_ = Clock::now();
     }
 }

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <chrono>
 #include <mutex>
+#include <optional>
 #include <regex>
 #include <string>
 #include <thread>
@@ -15,7 +16,9 @@
 struct wpa_ctrl;
 
 // A client of libwpa_client's own, attached from start to end, that keeps every event and when
-// it came: what a host that listens all along would know, and when.
+// it came: what a host that listens all along would know, and when. It can also ask the
+// supplicant something the moment an awaited event comes: when a client that must then make one
+// exchange (as every call of the library ends with its detach) could know at the earliest.
 class Listener {
   public:
     using Clock = std::chrono::steady_clock;
@@ -28,12 +31,21 @@ class Listener {
     // The events received since the last call, |*seen| of them before it; updates |*seen|.
     std::vector<std::string> Events(size_t* seen);
 
+    // The next event matching |pattern| is followed at once by PING on a connection of the
+    // listener's own; Answered() tells when the reply came, waiting up to 2 s for it.
+    void Probe(const std::regex& pattern);
+    bool Answered(Clock::time_point* when);
+
   private:
     void Listen();
 
     wpa_ctrl* ctrl_;
+    wpa_ctrl* probe_;
     std::thread thread_;
     std::atomic<bool> stop_{false};
     std::mutex mutex_;
     std::vector<std::pair<Clock::time_point, std::string>> events_;
+    bool armed_ = false;
+    std::regex probePattern_;
+    std::optional<Clock::time_point> answered_;
 };

@@ -1,37 +1,42 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright 2026 The libtesmirwpacliwrapper Authors
 
-// Times each recipe of recipes/ against the time a raw listener (libwpa_client, attached
-// all along) saw the event that the recipe waits for. Runs in the radio lab, on its real clock:
-// rounds of scan, connect, roam, disconnect and reconnect on the lab's WPA2 network, the client
-// open before the first. Writes "task,round,raw_ms,recipe_ms,quiet_waits,ok" lines, and one
-// "exchange,...,median_ms" line: the median of direct-mode PING calls (attach, request, detach).
-//   tesmir_recipe_latency ROUNDS       (in scripts/radio-lab.sh: TESMIR_LAB_DIR, ..._SOCKET)
+// Times each recipe of recipes/ against the time a raw listener (libwpa_client, attached all
+// along) saw the event that the recipe waits for. Runs in the radio lab, on its real clock, in
+// rounds of every waiting task on the lab's networks, done two ways in turn: "open", through a
+// client opened once, and "process", as a script runs them, by tesmir-recipes in a process of its
+// own, timed from its start to its end. Link loss is timed from the access point going away.
+// Writes "way,task,round,raw_ms,answered_ms,recipe_ms,quiet,queries,events,ok" lines: when the
+// listener saw the event, when a PING it sent at once was answered (the earliest a client that
+// must then make one exchange could know), when the recipe knew, and the counts of
+// call_counts.h. And one "exchange,...,median_ms" line: the median of direct-mode PING calls.
+//   tesmir_recipe_latency ROUNDS TOOL COUNTS_LIB     (in scripts/radio-lab.sh)
+// TOOL is tesmir-recipes; COUNTS_LIB, libtesmir_call_counts.so, is preloaded into it.
 
-#include <poll.h>
-#include <stdarg.h>
+#include <fcntl.h>
+#include <spawn.h>
 #include <stdio.h>
 #include <stdlib.h>
-#include <string.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <regex>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include <wpa_ctrl.h>
 
 #include "TesmirRecipes.h"
 #include "WpacliWrapper.h"
+#include "call_counts.h"
 #include "listener.h"
-#include "quiet_waits.h"
+
+extern char** environ;
 
 using Clock = std::chrono::steady_clock;
 
@@ -39,33 +44,129 @@ namespace {
 
 constexpr const char* kPsk1 = "02:00:00:00:01:00";
 constexpr const char* kPsk2 = "02:00:00:00:02:00";
+constexpr const char* kConnected = "^<[0-9]>CTRL-EVENT-CONNECTED - Connection to ";
+constexpr const char* kDisconnected = "^<[0-9]>CTRL-EVENT-DISCONNECTED ";
 
 double Millis(Clock::duration d) {
     return std::chrono::duration<double, std::milli>(d).count();
 }
 
+struct Lab {
+    std::string dir;
+    std::string socket;
+    std::string tool;
+    std::string countsLib;
+    std::string countsFile;
+};
+
+// A task: what it runs in this process, and the same through tesmir-recipes.
 struct Task {
     const char* name;
     const char* awaited;  // the event, as the raw listener sees it
     std::function<bool(WpacliWrapper&)> run;
+    std::function<std::vector<std::string>()> args;
+    bool linkLoss = false;
 };
+
+struct Run {
+    bool ok = false;
+    Clock::time_point end;
+    CallCounts counts;
+};
+
+// tesmir-recipes with |args|, the counting stand-in preloaded. Started now; |started| tells when.
+pid_t Spawn(const Lab& lab, const std::vector<std::string>& args) {
+    std::vector<std::string> words = {lab.tool, lab.socket};
+    words.insert(words.end(), args.begin(), args.end());
+    std::vector<char*> argv;
+    for (std::string& word : words) argv.push_back(word.data());
+    argv.push_back(nullptr);
+    std::vector<std::string> env = {"LD_PRELOAD=" + lab.countsLib,
+                                    "TESMIR_COUNTS_OUT=" + lab.countsFile};
+    for (char** e = environ; *e != nullptr; ++e) env.emplace_back(*e);
+    std::vector<char*> envp;
+    for (std::string& e : env) envp.push_back(e.data());
+    envp.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    pid_t pid = -1;
+    if (posix_spawn(&pid, lab.tool.c_str(), &actions, nullptr, argv.data(), envp.data()) != 0) {
+        pid = -1;
+    }
+    posix_spawn_file_actions_destroy(&actions);
+    return pid;
+}
+
+Run Finish(const Lab& lab, pid_t pid) {
+    Run run;
+    int status = 0;
+    run.ok = pid > 0 && waitpid(pid, &status, 0) == pid && WIFEXITED(status) &&
+             WEXITSTATUS(status) == 0;
+    run.end = Clock::now();
+    FILE* file = fopen(lab.countsFile.c_str(), "r");
+    if (file != nullptr) {
+        if (fscanf(file, "%d %d %d", &run.counts.quiet, &run.counts.queries, &run.counts.events) !=
+            3) {
+            run.counts = CallCounts();
+        }
+        fclose(file);
+    }
+    unlink(lab.countsFile.c_str());
+    return run;
+}
+
+// A raw request on a connection of its own, never attached: the benchmark's own business, which
+// leaves no event queued for the client under test.
+std::string Ask(const std::string& socket, const std::string& dir, const std::string& command) {
+    wpa_ctrl* ctrl = wpa_ctrl_open2(socket.c_str(), dir.c_str());
+    if (ctrl == nullptr) return "";
+    char reply[4096];
+    size_t length = sizeof(reply);
+    const int status =
+            wpa_ctrl_request(ctrl, command.c_str(), command.size(), reply, &length, nullptr);
+    wpa_ctrl_close(ctrl);
+    return status == 0 ? std::string(reply, length) : "";
+}
+
+// Sends |command| to hostapd's control socket of |ap| (wlan1 ...).
+bool Hostapd(const Lab& lab, const std::string& ap, const std::string& command) {
+    return Ask(lab.dir + "/hostapd/" + ap, lab.dir, command).rfind("OK", 0) == 0;
+}
+
+// The BSSID the station is connected to, "" when none; STATUS-NO_EVENTS sends no event.
+std::string Bssid(const Lab& lab) {
+    const std::string status = Ask(lab.socket, lab.dir, "STATUS-NO_EVENTS");
+    return status.rfind("bssid=", 0) == 0 ? status.substr(6, 17) : "";
+}
+
+// Until the station is connected again (it finds the network's other access point by itself).
+bool Reconnected(const Lab& lab) {
+    for (int i = 0; i < 300; ++i) {
+        if (!Bssid(lab).empty()) return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    return false;
+}
 
 }  // namespace
 
 int main(int argc, char** argv) {
     const char* dir = getenv("TESMIR_LAB_DIR");
     const char* socket = getenv("TESMIR_LAB_SOCKET");
-    if (argc != 2 || dir == nullptr || socket == nullptr) {
-        fprintf(stderr, "usage: in scripts/radio-lab.sh: %s ROUNDS\n", argv[0]);
+    if (argc != 4 || dir == nullptr || socket == nullptr) {
+        fprintf(stderr, "usage: in scripts/radio-lab.sh: %s ROUNDS TOOL COUNTS_LIB\n", argv[0]);
         return 64;
     }
     const int rounds = atoi(argv[1]);
+    const Lab lab = {dir, socket, argv[2], argv[3], std::string(dir) + "/counts"};
     std::unique_ptr<WpacliWrapper> client(GetWpacliWrapperHandle());
     Listener listener(socket, dir);
     if (client->Open(socket) != 0 || !listener.ok()) {
         fprintf(stderr, "recipe latency: cannot open %s\n", socket);
         return 1;
     }
+    CountCalls();
     std::vector<double> exchanges;
     std::string reply;
     for (int i = 0; i < 200; ++i) {
@@ -74,42 +175,113 @@ int main(int argc, char** argv) {
         exchanges.push_back(Millis(Clock::now() - start));
     }
     std::nth_element(exchanges.begin(), exchanges.begin() + 100, exchanges.end());
-    printf("exchange,,,%.3f,,\n", exchanges[100]);
+    printf("exchange,,,,,%.3f,,,,\n", exchanges[100]);
 
-    std::string from;
+    const auto other = [&lab] { return std::string(Bssid(lab) == kPsk1 ? kPsk2 : kPsk1); };
+    const auto connect = [](const char* ssid, recipes::Security security, const char* freqs) {
+        return [=](WpacliWrapper& c) {
+            std::string bssid;
+            return recipes::Connect(c, ssid, security, "tesmir-passphrase", freqs, &bssid);
+        };
+    };
+    std::string roamTo;
     const Task tasks[] = {
             {"scan", "^<[0-9]>CTRL-EVENT-SCAN-RESULTS ",
-             [](WpacliWrapper& c) { return recipes::Scan(c, "2412,2437"); }},
-            {"connect", "^<[0-9]>CTRL-EVENT-CONNECTED - Connection to ",
-             [&from](WpacliWrapper& c) {
-                 return recipes::Connect(c, "tesmir", recipes::Security::kWpa2Psk,
-                                         "tesmir-passphrase", "2412 2437", &from);
+             [](WpacliWrapper& c) { return recipes::Scan(c, "2412,2437"); },
+             [] {
+                 return std::vector<std::string>{"scan", "2412,2437"};
              }},
-            {"roam", "^<[0-9]>CTRL-EVENT-CONNECTED - Connection to ",
-             [&from](WpacliWrapper& c) { return recipes::Roam(c, from == kPsk1 ? kPsk2 : kPsk1); }},
-            {"disconnect", "^<[0-9]>CTRL-EVENT-DISCONNECTED ", recipes::Disconnect},
-            {"reconnect", "^<[0-9]>CTRL-EVENT-CONNECTED - Connection to ",
-             [](WpacliWrapper& c) { return recipes::Reconnect(c, nullptr); }},
+            {"connect-sae", kConnected, connect("tesmir-sae", recipes::Security::kWpa3Sae, "2462"),
+             [] {
+                 return std::vector<std::string>{"connect", "tesmir-sae", "sae",
+                                                 "tesmir-passphrase", "2462"};
+             }},
+            {"connect-open", kConnected, connect("tesmir-open", recipes::Security::kOpen, "2462"),
+             [] {
+                 return std::vector<std::string>{"connect", "tesmir-open", "open", "2462"};
+             }},
+            {"connect", kConnected, connect("tesmir", recipes::Security::kWpa2Psk, "2412 2437"),
+             [] {
+                 return std::vector<std::string>{"connect", "tesmir", "psk", "tesmir-passphrase",
+                                                 "2412 2437"};
+             }},
+            {"roam", kConnected, [&roamTo](WpacliWrapper& c) { return recipes::Roam(c, roamTo); },
+             [&roamTo] {
+                 return std::vector<std::string>{"roam", roamTo};
+             }},
+            {"disconnect", kDisconnected, recipes::Disconnect,
+             [] { return std::vector<std::string>{"disconnect"}; }},
+            {"reconnect", kConnected,
+             [](WpacliWrapper& c) { return recipes::Reconnect(c, nullptr); },
+             [] { return std::vector<std::string>{"reconnect"}; }},
+            {"link-loss", kDisconnected,
+             [](WpacliWrapper& c) {
+                 int reason = 0;
+                 return recipes::WaitForLinkLoss(c, 10, &reason);
+             },
+             [] {
+                 return std::vector<std::string>{"wait-link-loss", "10"};
+             },
+             true},
     };
     for (int round = 0; round < rounds; ++round) {
-        // Every round from a station that holds no network and ignores no access point.
-        if (!recipes::Forget(*client) || !recipes::Command(*client, "BSSID_IGNORE clear")) {
-            fprintf(stderr, "recipe latency: the station did not reset\n");
-            return 1;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(200));
-        for (const Task& task : tasks) {
-            ResetQuietWaits();
-            const Clock::time_point start = Clock::now();
-            const bool ok = task.run(*client);
-            const Clock::duration took = Clock::now() - start;
-            Clock::time_point seen;
-            const bool raw = listener.First(std::regex(task.awaited), start, &seen);
-            printf("%s,%d,%.3f,%.3f,%d,%d\n", task.name, round, raw ? Millis(seen - start) : -1.0,
-                   Millis(took), QuietWaits(), ok ? 1 : 0);
-            fflush(stdout);
-            if (!ok) fprintf(stderr, "recipe latency: %s failed in round %d\n", task.name, round);
-            if (!ok) break;
+        for (const char* way : {"open", "process"}) {
+            const bool inProcess = way[0] == 'o';
+            // Every round from a station that holds no network and ignores no access point.
+            if (Ask(socket, dir, "REMOVE_NETWORK all") != "OK\n" ||
+                Ask(socket, dir, "BSSID_IGNORE clear") != "OK\n") {
+                fprintf(stderr, "recipe latency: the station did not reset\n");
+                return 1;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(200));
+            for (const Task& task : tasks) {
+                roamTo = other();
+                std::string ap;
+                if (task.linkLoss) ap = roamTo == kPsk1 ? "wlan2" : "wlan1";
+                ResetCounts();
+                listener.Probe(std::regex(task.awaited));
+                Clock::time_point start = Clock::now();
+                Run run;
+                if (inProcess) {
+                    std::thread waiting([&] {
+                        run.ok = task.run(*client);
+                        run.end = Clock::now();
+                    });
+                    if (task.linkLoss) {
+                        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+                        start = Clock::now();
+                        Hostapd(lab, ap, "DISABLE");
+                    }
+                    waiting.join();
+                    run.counts = Counts();
+                } else {
+                    const pid_t pid = Spawn(lab, task.args());
+                    if (task.linkLoss) {
+                        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+                        start = Clock::now();
+                        Hostapd(lab, ap, "DISABLE");
+                    }
+                    run = Finish(lab, pid);
+                }
+                if (task.linkLoss && (!Hostapd(lab, ap, "ENABLE") || !Reconnected(lab))) {
+                    fprintf(stderr, "recipe latency: %s did not come back\n", ap.c_str());
+                    return 1;
+                }
+                Clock::time_point seen;
+                Clock::time_point answered;
+                const bool raw = listener.First(std::regex(task.awaited), start, &seen);
+                const bool probed = listener.Answered(&answered);
+                printf("%s,%s,%d,%.3f,%.3f,%.3f,%d,%d,%d,%d\n", way, task.name, round,
+                       raw ? Millis(seen - start) : -1.0, probed ? Millis(answered - start) : -1.0,
+                       Millis(run.end - start), run.counts.quiet, run.counts.queries,
+                       run.counts.events, run.ok ? 1 : 0);
+                fflush(stdout);
+                if (!run.ok) {
+                    fprintf(stderr, "recipe latency: %s (%s) failed in round %d\n", task.name, way,
+                            round);
+                    break;
+                }
+            }
         }
     }
     return 0;

@@ -49,6 +49,7 @@ if [ "$short" -eq 1 ]; then
     rounds=20
     b2b_rounds=2
     recipe_rounds=1
+    desktop_recipe_rounds=1
     crowd_rounds=2
     churn_listings=5
     isolated_listings=5
@@ -57,7 +58,8 @@ else
     bench_args=(--benchmark_min_time=2 --benchmark_repetitions=7 --benchmark_report_aggregates_only=true)
     rounds=3000
     b2b_rounds=16
-    recipe_rounds=20
+    recipe_rounds=100
+    desktop_recipe_rounds=20
     crowd_rounds=20
     # TESMIR_CHURN_LISTINGS and TESMIR_ISOLATED_LISTINGS shorten a run (about 0.15 s and 0.4 s
     # a listing in the lab); the report says how many each row had.
@@ -84,7 +86,8 @@ if [ "$radio_only" -eq 0 ]; then
     trap - EXIT
 fi
 
-echo "== recipes against a raw listener: $recipe_rounds rounds per build, radio lab, real clock"
+echo "== recipes against a raw listener, radio lab, real clock: $recipe_rounds rounds on the device"
+echo "   build, $desktop_recipe_rounds on the desktop build, each both ways"
 recipes=()
 for supplicant in device desktop; do
     if [ "$radio_part" = crowd ]; then
@@ -92,9 +95,12 @@ for supplicant in device desktop; do
         continue
     fi
     csv=$out/recipes-$supplicant.csv
+    rounds_here=$recipe_rounds
+    [ "$supplicant" = desktop ] && rounds_here=$desktop_recipe_rounds
     status=0
-    scripts/radio-lab.sh run -s "$supplicant" -c real -t 3000 -- \
-        "$build/bench/tesmir_recipe_latency" "$recipe_rounds" >"$csv" || status=$?
+    scripts/radio-lab.sh run -s "$supplicant" -c real -t 5000 -- \
+        "$build/bench/tesmir_recipe_latency" "$rounds_here" "$PWD/$build/tools/tesmir-recipes" \
+        "$PWD/$build/bench/libtesmir_call_counts.so" >"$csv" || status=$?
     case $status in
     0) recipes+=("$supplicant=$csv") ;;
     77) echo "no radio lab here: the recipes are not measured" && break ;;

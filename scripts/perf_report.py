@@ -129,6 +129,7 @@ def load_recipes(path):
 
 Run = collections.namedtuple("Run", "raw answered recipe queries events ok")
 WAYS = {"open": "client kept open", "process": "a process per run (`tesmir-recipes`)"}
+PLOT_WAYS = {"open": "client kept open", "process": "process per run"}
 
 
 def spread(values):
@@ -186,9 +187,9 @@ def recipe_section(builds, out_dir):
                     f"{raw95:.1f} ms | {percentile([r.answered for r in good], 95):.1f} ms | "
                     f"{rec95:.1f} ms | {rec95 / raw95:.2f} | {fell} | "
                     f"{spread([r.queries for r in good])} | {spread([r.events for r in good])} | "
-                    f"{max(r.queries - r.events for r in good)} | "
+                    f"{max(0, max(r.queries - r.events for r in good))} | "
                     f"{goal if way == 'open' else '-'} |")
-                points += [(f"{build}, {way}", r.raw, r.recipe) for r in good]
+                points += [(f"{build}, {PLOT_WAYS.get(way, way)}", r.raw, r.recipe) for r in good]
             lines.append("")
     if points:
         data = os.path.join(out_dir, "recipe-latency.dat")

@@ -42,6 +42,39 @@ struct TraceAtExit {
     ~TraceAtExit() { WriteTrace(); }
 } gTraceAtExit;
 
+void Trace(const char* fmt, va_list args) {
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    char line[160];
+    const int n = snprintf(line, sizeof(line), "%.3f ",
+                           std::chrono::duration<double, std::milli>(now).count());
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): started by the caller, unseen here
+    vsnprintf(line + n, sizeof(line) - static_cast<size_t>(n), fmt, args);
+    std::lock_guard<std::mutex> lock(gTraceMutex);
+    gTraceLines.emplace_back(line);
+}
+
+// Every line the library writes has its function's name first.
+void Count(const char* fmt, va_list args) {
+    if (strstr(fmt, "Executing Command") != nullptr) {
+        (void)va_arg(args, const char*);
+        gStatus = strcmp(va_arg(args, const char*), "STATUS") == 0;
+    } else if (strstr(fmt, "timed out") != nullptr) {
+        ++gQuiet;
+        if (gStatus) ++gQueries;
+    } else if (strstr(fmt, "response (len") != nullptr) {
+        // A state query hands back its answer, or an event of the supplicant's own that came
+        // behind it; only an answer's form (a device build's STATE-CHANGE or "connection")
+        // is taken for one, though the supplicant's own STATE-CHANGE has that form too.
+        (void)va_arg(args, const char*);
+        (void)va_arg(args, unsigned long);
+        const char* event = va_arg(args, const char*);
+        const bool answer = strstr(event, "CTRL-EVENT-STATE-CHANGE") != nullptr ||
+                            strstr(event, "CTRL-EVENT-CONNECTED - connection") != nullptr;
+        if (gStatus) ++gQueries;
+        if (!gStatus || !answer) ++gEvents;
+    }
+}
+
 }  // namespace
 
 // NOLINTNEXTLINE(bugprone-reserved-identifier): liblog's name, replaced for the program
@@ -50,42 +83,16 @@ extern "C" __attribute__((visibility("default"))) int __android_log_print(int pr
                                                                           const char* fmt, ...) {
     (void)priority;
     (void)tag;
+    va_list args;
+    va_start(args, fmt);
     if (gTrace) {
-        const auto now = std::chrono::steady_clock::now().time_since_epoch();
-        char line[160];
-        const int n = snprintf(line, sizeof(line), "%.3f ",
-                               std::chrono::duration<double, std::milli>(now).count());
-        va_list args;
-        va_start(args, fmt);
-        vsnprintf(line + n, sizeof(line) - static_cast<size_t>(n), fmt, args);
-        va_end(args);
-        std::lock_guard<std::mutex> lock(gTraceMutex);
-        gTraceLines.emplace_back(line);
+        va_list copy;
+        va_copy(copy, args);
+        Trace(fmt, copy);
+        va_end(copy);
     }
-    if (strstr(fmt, "Executing Command") != nullptr) {
-        va_list args;
-        va_start(args, fmt);
-        (void)va_arg(args, const char*);  // the function's name
-        gStatus = strcmp(va_arg(args, const char*), "STATUS") == 0;
-        va_end(args);
-    } else if (strstr(fmt, "timed out") != nullptr) {
-        ++gQuiet;
-        if (gStatus) ++gQueries;
-    } else if (strstr(fmt, "response (len") != nullptr) {
-        // A state query hands back its answer, or an event of the supplicant's own that came
-        // behind it; only an answer's form (a device build's STATE-CHANGE or "connection")
-        // is taken for one, though the supplicant's own STATE-CHANGE has that form too.
-        va_list args;
-        va_start(args, fmt);
-        (void)va_arg(args, const char*);  // the function's name
-        (void)va_arg(args, unsigned long);
-        const char* event = va_arg(args, const char*);
-        va_end(args);
-        const bool answer = strstr(event, "CTRL-EVENT-STATE-CHANGE") != nullptr ||
-                            strstr(event, "CTRL-EVENT-CONNECTED - connection") != nullptr;
-        if (gStatus) ++gQueries;
-        if (!gStatus || !answer) ++gEvents;
-    }
+    Count(fmt, args);
+    va_end(args);
     return 0;
 }
 

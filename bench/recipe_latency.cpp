@@ -36,8 +36,6 @@
 #include "call_counts.h"
 #include "listener.h"
 
-extern char** environ;
-
 using Clock = std::chrono::steady_clock;
 
 namespace {
@@ -79,12 +77,14 @@ pid_t Spawn(const Lab& lab, const std::vector<std::string>& args) {
     std::vector<std::string> words = {lab.tool, lab.socket};
     words.insert(words.end(), args.begin(), args.end());
     std::vector<char*> argv;
+    argv.reserve(words.size() + 1);
     for (std::string& word : words) argv.push_back(word.data());
     argv.push_back(nullptr);
     std::vector<std::string> env = {"LD_PRELOAD=" + lab.countsLib,
                                     "TESMIR_COUNTS_OUT=" + lab.countsFile};
     for (char** e = environ; *e != nullptr; ++e) env.emplace_back(*e);
     std::vector<char*> envp;
+    envp.reserve(env.size() + 1);
     for (std::string& e : env) envp.push_back(e.data());
     envp.push_back(nullptr);
     posix_spawn_file_actions_t actions;

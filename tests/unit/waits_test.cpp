@@ -140,6 +140,27 @@ class WaitsTest : public ClientTest {
         ClientTest::SetUp();
         OpenClient();
     }
+
+    // Reconnect() from |state| to kAp1 through |flow|: known without a quiet wait, at a bounded
+    // cost to other clients.
+    void Reconnects(const Flow& flow, int gap, int state = 0) {
+        Station station(flow, state, "00:00:00:00:00:00", gap);
+        std::string bssid;
+        EXPECT_TRUE(recipes::Reconnect(*client_, &bssid));
+        EXPECT_EQ(kAp1, bssid);
+        EXPECT_EQ(0, station.lateWaits);
+        EXPECT_LE(station.queries, station.events + 10);
+    }
+
+    // Connect() to an open network, kAp1, through |flow|.
+    void ConnectsOpen(const Flow& flow, int gap) {
+        Station station(flow, 0, "00:00:00:00:00:00", gap);
+        std::string bssid;
+        EXPECT_TRUE(recipes::Connect(*client_, "tesmir-open", recipes::Security::kOpen, "", "",
+                                     &bssid));
+        EXPECT_EQ(kAp1, bssid);
+        EXPECT_EQ(0, station.lateWaits);
+    }
 };
 
 // Every place of the last burst: in the gap after the call that took the event before it, after
@@ -150,27 +171,13 @@ constexpr int kGaps = 6;
 TEST_F(WaitsTest, a_connection_completed_between_two_calls_is_known_at_once) {
     for (int gap = 0; gap < kGaps; ++gap) {
         SCOPED_TRACE("the last burst after call " + std::to_string(gap));
-        {
-            Station station(Wpa2(kAp1), 0, "00:00:00:00:00:00", gap);
-            std::string bssid;
-            EXPECT_TRUE(recipes::Reconnect(*client_, &bssid));
-            EXPECT_EQ(kAp1, bssid);
-            EXPECT_EQ(0, station.lateWaits);
-            EXPECT_LE(station.queries, station.events + 10);
-        }
+        Reconnects(Wpa2(kAp1), gap);
         {
             Station station(Wpa2(kAp2), recipes::kCompleted, kAp1, gap);
             EXPECT_TRUE(recipes::Roam(*client_, kAp2));
             EXPECT_EQ(0, station.lateWaits);
         }
-        {
-            Station station(Open(kAp1), 0, "00:00:00:00:00:00", gap);
-            std::string bssid;
-            EXPECT_TRUE(recipes::Connect(*client_, "tesmir-open", recipes::Security::kOpen, "", "",
-                                         &bssid));
-            EXPECT_EQ(kAp1, bssid);
-            EXPECT_EQ(0, station.lateWaits);
-        }
+        ConnectsOpen(Open(kAp1), gap);
     }
 }
 
@@ -180,22 +187,8 @@ TEST_F(WaitsTest, a_connection_completed_before_its_wait_begins_is_known_at_once
     Flow flow = Open(kAp1);
     flow.last.insert(flow.last.begin(), flow.before.begin(), flow.before.end());
     flow.before.clear();
-    {
-        Station station(flow, 0, "00:00:00:00:00:00", 0);
-        std::string bssid;
-        EXPECT_TRUE(recipes::Reconnect(*client_, &bssid));
-        EXPECT_EQ(kAp1, bssid);
-        EXPECT_EQ(0, station.lateWaits);
-    }
-    {
-        // ADD_NETWORK, two SET_NETWORK, then SELECT_NETWORK: the fourth call.
-        Station station(flow, 0, "00:00:00:00:00:00", 3);
-        std::string bssid;
-        EXPECT_TRUE(recipes::Connect(*client_, "tesmir-open", recipes::Security::kOpen, "", "",
-                                     &bssid));
-        EXPECT_EQ(kAp1, bssid);
-        EXPECT_EQ(0, station.lateWaits);
-    }
+    Reconnects(flow, 0);
+    ConnectsOpen(flow, 3);  // ADD_NETWORK, two SET_NETWORK, then SELECT_NETWORK
 }
 
 TEST_F(WaitsTest, a_state_that_comes_back_behind_another_event_is_asked_again) {
@@ -203,11 +196,7 @@ TEST_F(WaitsTest, a_state_that_comes_back_behind_another_event_is_asked_again) {
     // after it, before the wait has seen any state.
     Flow flow = Wpa2(kAp1);
     flow.before = {"<3>Associated with " + std::string(kAp1)};
-    Station station(flow, 6, "00:00:00:00:00:00", 0);
-    std::string bssid;
-    EXPECT_TRUE(recipes::Reconnect(*client_, &bssid));
-    EXPECT_EQ(kAp1, bssid);
-    EXPECT_EQ(0, station.lateWaits);
+    Reconnects(flow, 0, 6);
 }
 
 TEST_F(WaitsTest, a_link_lost_between_two_calls_is_known_by_the_next_event) {

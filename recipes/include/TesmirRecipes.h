@@ -72,9 +72,9 @@ struct Wait {  // NOLINT(clang-analyzer-optin.performance.Padding)
     std::function<Verdict(const std::string& event)> judge;
     // Whether the station's state can end the wait (connect, roam, ...): then every event that
     // does not end it is followed by STATUS in waiting mode, which on a device build hands the
-    // state to |judge| as an event, and so is every such state from associating to the group
-    // handshake, after a few milliseconds (at most 9 times a wait); on a desktop build STATUS
-    // waits as PING does.
+    // state to |judge| as an event; a state read from associating to the group handshake is
+    // followed by STATUS again a few milliseconds later (at most 9 times a wait) instead of a
+    // wait on PING. On a desktop build STATUS waits as PING does.
     bool askState = false;
     // Asked after each 3 s without events, on a build that sends no state: whether what the
     // awaited event announces has happened, its event lost between two calls.
@@ -193,7 +193,7 @@ bool Roam(WpacliWrapper& client, const std::string& bssid);
 
 // Waits up to |seconds| for the link to drop (the AP going away, or a deauthentication), and
 // returns the DISCONNECTED event's reason code, or 0 when the event was cut before it or only
-// the state told it.
+// the state told it. A link already down ends the wait at once on a device build.
 bool WaitForLinkLoss(WpacliWrapper& client, int seconds, int* reason);
 
 // Removes every configured network, which also disconnects.

@@ -28,7 +28,7 @@ constexpr const char* kConnectedEvent = "CTRL-EVENT-CONNECTED - ";
 constexpr const char* kDisconnectedEvent = "CTRL-EVENT-DISCONNECTED bssid=";
 constexpr const char* kCutBeforeMac = "[ A-Za-z]{0,14}[0-9a-f:]{0,16}$";
 
-// From associating (5) to the group handshake (8): a connection can complete any moment.
+// From associating (5) to the group handshake (8): a connection can complete at any moment.
 constexpr int kAssociating = 5;
 bool Settling(int state) {
     return state >= kAssociating && state < kCompleted;

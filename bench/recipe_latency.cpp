@@ -72,7 +72,7 @@ struct Run {
     CallCounts counts;
 };
 
-// tesmir-recipes with |args|, the counting stand-in preloaded. Started now; |started| tells when.
+// tesmir-recipes with |args|, the counting stand-in preloaded; what it prints is dropped.
 pid_t Spawn(const Lab& lab, const std::vector<std::string>& args) {
     std::vector<std::string> words = {lab.tool, lab.socket};
     words.insert(words.end(), args.begin(), args.end());

@@ -5,6 +5,8 @@
 
 #include <poll.h>
 
+#include <algorithm>
+
 #include <wpa_ctrl.h>
 
 Listener::Listener(const std::string& socket, const std::string& dir)
@@ -29,29 +31,27 @@ void Listener::Probe(const std::regex& pattern) {
 }
 
 bool Listener::Answered(Clock::time_point* when) {
-    for (int i = 0; i < 200; ++i) {
-        {
-            std::lock_guard<std::mutex> lock(mutex_);
-            if (answered_) {
-                *when = *answered_;
-                return true;
-            }
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return false;
+    return Within2s([&] {
+        if (answered_) *when = *answered_;
+        return answered_.has_value();
+    });
 }
 
 bool Listener::First(const std::regex& pattern, Clock::time_point since, Clock::time_point* when) {
+    return Within2s([&] {
+        const auto it = std::find_if(events_.begin(), events_.end(), [&](const auto& e) {
+            return e.first >= since && std::regex_search(e.second, pattern);
+        });
+        if (it != events_.end()) *when = it->first;
+        return it != events_.end();
+    });
+}
+
+bool Listener::Within2s(const std::function<bool()>& found) {
     for (int i = 0; i < 200; ++i) {
         {
             std::lock_guard<std::mutex> lock(mutex_);
-            for (const auto& [time, event] : events_) {
-                if (time >= since && std::regex_search(event, pattern)) {
-                    *when = time;
-                    return true;
-                }
-            }
+            if (found()) return true;
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }

@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <regex>
@@ -38,6 +39,8 @@ class Listener {
 
   private:
     void Listen();
+    // Whether |found|, called with the lock held, holds within 2 s.
+    bool Within2s(const std::function<bool()>& found);
 
     wpa_ctrl* ctrl_;
     wpa_ctrl* probe_;

@@ -99,7 +99,7 @@ for supplicant in device desktop; do
     [ "$supplicant" = desktop ] && rounds_here=$desktop_recipe_rounds
     status=0
     scripts/radio-lab.sh run -s "$supplicant" -c real -t 5000 -- \
-        "$build/bench/tesmir_recipe_latency" "$rounds_here" "$PWD/$build/tools/tesmir-recipes" \
+        "$build/bench/tesmir_recipe_latency" "$rounds_here" "$PWD/$build/bin/tesmir-recipes" \
         "$PWD/$build/bench/libtesmir_call_counts.so" >"$csv" || status=$?
     case $status in
     0) recipes+=("$supplicant=$csv") ;;
@@ -109,7 +109,7 @@ for supplicant in device desktop; do
 done
 
 echo "== isolating a listing: $isolation_rounds round trips of each design, outside the lab"
-"$build/bench/tesmir_isolation_cost" "$build/recipes/tesmir-list-helper" "$isolation_rounds" \
+"$build/bench/tesmir_isolation_cost" "$build/bin/tesmir-list-helper" "$isolation_rounds" \
     >"$out/isolation.csv"
 
 echo "== the crowd: $crowd_rounds scans and listings, $churn_listings listings per design under churn"
@@ -126,7 +126,7 @@ for supplicant in device desktop; do
         '"$0" cost "$1" && "$0" churn edge "$2" && "$0" churn flush-all "$(($2 / 4 + 1))" &&
          "$0" isolated edge "$3" "$4" && "$0" isolated flush-all "$3" "$4"' \
         "$build/bench/tesmir_crowd" "$crowd_rounds" "$churn_listings" "$isolated_listings" \
-        "$PWD/$build/recipes/tesmir-list-helper" >"$csv" ||
+        "$PWD/$build/bin/tesmir-list-helper" >"$csv" ||
         { echo "the crowd benchmark failed on the $supplicant build" >&2 && exit 1; }
     crowds+=("$supplicant=$csv")
 done

@@ -3,13 +3,13 @@
 
 // tesmir-list-helper SOCKET: lists every BSS that the supplicant at SOCKET holds, on a client of
 // its own, and prints the lines of bss_lines.h. Started by recipes::ListNetworksIsolated(), so
-// that the empty reply which ends a process ends this one. Exit status 0 when listed, 1 when
-// SOCKET does not open, 2 when a call failed, 64 on bad usage.
+// that the empty reply which ends a process ends this one. Exit statuses in kUsage.
 
 #include <dirent.h>
 #include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <string.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -23,6 +23,13 @@
 #include "bss_lines.h"
 
 namespace {
+
+constexpr const char* kUsage =
+        "usage: tesmir-list-helper SOCKET\n"
+        "Lists every BSS the supplicant at SOCKET holds, a line each, then \"done N\"; run by\n"
+        "ListNetworksIsolated() of the recipes, so that an entry gone mid-listing ends this\n"
+        "process, not the host.\n"
+        "exit status: 0 listed, 1 SOCKET did not open, 2 a call failed, 64 bad usage\n";
 
 // The host's descriptors stay the host's: libwpa_client opens its sockets without close-on-exec.
 void CloseInherited() {
@@ -51,7 +58,14 @@ int main(int argc, char** argv) {
     const rlimit none = {0, 0};
     setrlimit(RLIMIT_CORE, &none);
     CloseInherited();
-    if (argc != 2) return 64;
+    if (argc == 2 && strcmp(argv[1], "--help") == 0) {
+        fputs(kUsage, stdout);
+        return 0;
+    }
+    if (argc != 2 || argv[1][0] == '-') {
+        fputs(kUsage, stderr);
+        return 64;
+    }
     std::unique_ptr<WpacliWrapper> client(GetWpacliWrapperHandle());
     if (client->Open(argv[1]) != 0) return 1;
     std::vector<recipes::Bss> found;

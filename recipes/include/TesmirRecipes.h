@@ -138,20 +138,30 @@ struct Isolation {
 
 // What the helpers of one ListNetworksIsolated() did.
 struct ListingReport {
-    int helpers = 0;  // started
+    int helpers = 0;  // started, and the one that did not start
     int ended = 0;    // ended by a signal: the library ended it, on an entry that went away
     int hung = 0;     // ended after Isolation::milliseconds
     int failed = 0;   // did not start, could not open |socket|, or a call failed
+    // What kept a helper from starting, and the path tried; 0 and "" when none failed to start.
+    // A helper that did not start is not tried again in the same listing: a wrong path or
+    // permission stays wrong. The error is posix_spawn's where it reports a failed exec (glibc).
+    // Where it does not (bionic, an emulator), the helper ends with status 127 before it prints
+    // anything, as when the dynamic linker cannot load it: the error is then access(X_OK)'s on
+    // the path, or ENOEXEC when the path may be run (a library it needs, or on a device the
+    // domain's execute_no_trans, is missing: docs/DEVICE.md).
+    int startError = 0;
+    std::string startPath;
 };
 
 // ListNetworks() in a helper process of its own, on a client of its own opened on |socket|: an
 // empty reply ends the helper, never the host. A helper that ends or hangs is reaped, its client
-// sockets removed, and the listing tried again, up to Isolation::attempts helpers. True with
-// |found| when one helper listed the whole table; false with |found| empty otherwise. |report|
-// tells why. The host's own clients are untouched, and so are its other threads: the helper is
-// spawned (posix_spawn), not forked, and reaped by its pid alone. A host that ignores SIGCHLD
-// cannot reap: every helper then counts as failed. Each listing costs a process start on top of
-// ListNetworks() (docs/PERFORMANCE.md).
+// sockets removed, and the listing tried again, up to Isolation::attempts helpers; one that does
+// not start is not tried again (ListingReport::startError). True with |found| when one helper
+// listed the whole table; false with |found| empty otherwise. |report| tells why. The host's own
+// clients are untouched, and so are its other threads: the helper is spawned (posix_spawn), not
+// forked, and reaped by its pid alone. A host that ignores SIGCHLD cannot reap: every helper then
+// counts as failed. Each listing costs a process start on top of ListNetworks()
+// (docs/PERFORMANCE.md).
 bool ListNetworksIsolated(const std::string& socket, std::vector<Bss>* found, ListingReport* report,
                           const Isolation& isolation = Isolation());
 

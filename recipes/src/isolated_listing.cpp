@@ -19,7 +19,11 @@
 namespace recipes {
 namespace {
 
-enum class Outcome { kListed, kEnded, kHung, kFailed };
+enum class Outcome { kListed, kEnded, kHung, kFailed, kNotStarted };
+
+// How a child that could not run ends where posix_spawn does not report it, and how the dynamic
+// linker ends one it cannot load; tesmir-list-helper never exits with it.
+constexpr int kCannotRun = 127;
 
 using Clock = std::chrono::steady_clock;
 
@@ -57,8 +61,8 @@ void RemoveClientSockets(const std::string& dir, pid_t pid) {
 }
 
 // posix_spawn, unlike fork, is safe in a host whose other threads hold locks: the child runs
-// nothing of the host's before it execs.
-pid_t Spawn(const Isolation& isolation, const std::string& socket, int out) {
+// nothing of the host's before it execs. Returns 0 with |pid|, or the error posix_spawn gave.
+int Spawn(const Isolation& isolation, const std::string& socket, int out, pid_t* pid) {
     posix_spawn_file_actions_t actions;
     posix_spawnattr_t attr;
     posix_spawn_file_actions_init(&actions);
@@ -75,21 +79,23 @@ pid_t Spawn(const Isolation& isolation, const std::string& socket, int out) {
     std::string helper = isolation.helper;
     std::string path = socket;
     char* argv[] = {helper.data(), path.data(), nullptr};
-    pid_t pid = -1;
-    if (posix_spawn(&pid, helper.c_str(), &actions, &attr, argv, environ) != 0) pid = -1;
+    const int error = posix_spawn(pid, helper.c_str(), &actions, &attr, argv, environ);
     posix_spawnattr_destroy(&attr);
     posix_spawn_file_actions_destroy(&actions);
-    return pid;
+    return error;
 }
 
-Outcome RunHelper(const Isolation& isolation, const std::string& socket, std::vector<Bss>* found) {
+// Puts what kept the helper from starting in |startError| when the outcome is kNotStarted.
+Outcome RunHelper(const Isolation& isolation, const std::string& socket, std::vector<Bss>* found,
+                  int* startError) {
     int pipe_fds[2];
     if (pipe2(pipe_fds, O_CLOEXEC) != 0) return Outcome::kFailed;
-    const pid_t pid = Spawn(isolation, socket, pipe_fds[1]);
+    pid_t pid = -1;
+    *startError = Spawn(isolation, socket, pipe_fds[1], &pid);
     close(pipe_fds[1]);
-    if (pid < 0) {
+    if (*startError != 0) {
         close(pipe_fds[0]);
-        return Outcome::kFailed;
+        return Outcome::kNotStarted;
     }
     std::string output;
     const bool hung = !ReadAll(
@@ -104,6 +110,10 @@ Outcome RunHelper(const Isolation& isolation, const std::string& socket, std::ve
     if (hung) return Outcome::kHung;
     if (reaped != pid) return Outcome::kFailed;
     if (WIFSIGNALED(status)) return Outcome::kEnded;
+    if (WIFEXITED(status) && WEXITSTATUS(status) == kCannotRun && output.empty()) {
+        *startError = access(isolation.helper.c_str(), X_OK) == 0 ? ENOEXEC : errno;
+        return Outcome::kNotStarted;
+    }
     if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) return Outcome::kFailed;
     return ParseBssLines(output, found) ? Outcome::kListed : Outcome::kFailed;
 }
@@ -115,7 +125,8 @@ bool ListNetworksIsolated(const std::string& socket, std::vector<Bss>* found, Li
     *report = ListingReport();
     while (report->helpers < isolation.attempts) {
         ++report->helpers;
-        switch (RunHelper(isolation, socket, found)) {
+        int startError = 0;
+        switch (RunHelper(isolation, socket, found, &startError)) {
             case Outcome::kListed:
                 return true;
             case Outcome::kEnded:
@@ -127,6 +138,12 @@ bool ListNetworksIsolated(const std::string& socket, std::vector<Bss>* found, Li
             case Outcome::kFailed:
                 ++report->failed;
                 break;
+            case Outcome::kNotStarted:
+                ++report->failed;
+                report->startError = startError;
+                report->startPath = isolation.helper;
+                found->clear();
+                return false;
         }
     }
     found->clear();

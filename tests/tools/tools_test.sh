@@ -4,7 +4,7 @@
 #
 # Checks the arguments, exit codes and output of tesmir-wpacli and tesmir-recipes against the
 # real supplicant of the lab it runs in (scripts/radio-lab.sh run).
-#   tools_test.sh WPACLI RECIPES LIST_HELPER [EMULATOR]
+#   tools_test.sh WPACLI RECIPES LIST_HELPER [EMULATOR]   (LIST_HELPER runs under the emulator itself)
 set -uo pipefail
 # shellcheck disable=SC2206 # the emulator, when there is one, runs the tools
 emulator=(${4:-})
@@ -75,11 +75,31 @@ else
     echo "ok: a command of 8193 bytes is refused, its message short"
 fi
 
+expect "tesmir-wpacli --help" 0 '^usage: tesmir-wpacli ' "${wpacli[@]}" --help
+expect "tesmir-recipes --help" 0 '^usage: tesmir-recipes ' "${emulator[@]}" "$2" --help
+expect "tesmir-list-helper --help" 0 '^usage: tesmir-list-helper SOCKET$' "$3" --help
+
 expect "recipes: unknown recipe" 64 '^$' "${recipes[@]}" "$socket" frobnicate
 expect "recipes: forget" 0 '^$' "${recipes[@]}" "$socket" forget
 expect "recipes: scan" 0 '^$' "${recipes[@]}" "$socket" scan 2412,2437
 expect "recipes: list" 0 '^02:00:00:00:02:00 2437 -[0-9]+ \[WPA2-PSK-CCMP\]\[ESS\] tesmir$' \
     "${recipes[@]}" "$socket" list
+if [ "${#emulator[@]}" -eq 0 ]; then
+    # As a newcomer runs it: the helper beside the tool, in the build tree as installed.
+    expect "recipes: list through the helper beside the tool" 0 \
+        '^02:00:00:00:02:00 2437 -[0-9]+ \[WPA2-PSK-CCMP\]\[ESS\] tesmir$' "$2" "$socket" list
+    lone=$(mktemp -d)
+    cp "$2" "$lone/"
+    said=$("$lone/tesmir-recipes" "$socket" list 2>&1 >/dev/null)
+    status=$?
+    if [ "$status" -ne 1 ] || ! grep -qF "cannot start the listing helper $lone/tesmir-list-helper: No such file or directory (--helper PATH" <<<"$said"; then
+        echo "FAIL: recipes: no helper beside the tool: exit $status (want 1), said: $said"
+        failures=$((failures + 1))
+    else
+        echo "ok: recipes: no helper beside the tool is told with the path tried"
+    fi
+    rm -rf "$lone"
+fi
 expect "recipes: list in process" 0 '^02:00:00:00:02:00 2437 -[0-9]+ \[WPA2-PSK-CCMP\]\[ESS\] tesmir$' \
     "${recipes[@]}" --in-process "$socket" list
 expect "recipes: list, three times" 0 '^run 3: ok bss=[0-9]+ helpers=1 ended=0 hung=0 failed=0$' \

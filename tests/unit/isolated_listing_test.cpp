@@ -127,10 +127,30 @@ TEST_F(IsolatedListingTest, a_helper_that_hangs_is_ended_and_one_that_fails_coun
     Helper("exit 1");
     EXPECT_FALSE(List());
     EXPECT_EQ(report_.failed, 2);
+    EXPECT_EQ(report_.startError, 0);
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
+}
+
+// A wrong path or a missing permission is told as such, once: trying again cannot mend it.
+TEST_F(IsolatedListingTest, a_helper_that_cannot_start_is_told_with_its_path_and_not_retried) {
     isolation_.helper = dir_ + "/absent";
     EXPECT_FALSE(List());
-    EXPECT_EQ(report_.failed, 2);
-    EXPECT_EQ(report_.helpers, 2);
+    EXPECT_TRUE(found_.empty());
+    EXPECT_EQ(report_.startError, ENOENT);
+    EXPECT_EQ(report_.startPath, isolation_.helper);
+    EXPECT_EQ(report_.helpers, 1);
+    EXPECT_EQ(report_.failed, 1);
+    Helper("exit 0");
+    chmod(isolation_.helper.c_str(), 0644);
+    EXPECT_FALSE(List());
+    EXPECT_EQ(report_.startError, EACCES);
+    EXPECT_EQ(report_.helpers, 1);
+    // As bionic's posix_spawn and the dynamic linker end a child that cannot run.
+    Helper("exit 127");
+    EXPECT_FALSE(List());
+    EXPECT_EQ(report_.startError, ENOEXEC);
+    EXPECT_EQ(report_.startPath, isolation_.helper);
+    EXPECT_EQ(report_.helpers, 1);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
 }
 

@@ -370,9 +370,14 @@ int SurveySsids(wpa_ctrl* raw, WpacliWrapper& client, const std::string& socket)
 int main(int argc, char** argv) {
     const char* lab = getenv("TESMIR_LAB_DIR");
     const char* socketEnv = getenv("TESMIR_LAB_SOCKET");
+    constexpr const char* kUsage =
+            "usage: run in scripts/radio-lab.sh: tesmir-command-survey VERSION|--ssids\n";
+    if (argc == 2 && strcmp(argv[1], "--help") == 0) {
+        fputs(kUsage, stdout);
+        return 0;
+    }
     if (argc != 2 || lab == nullptr || socketEnv == nullptr) {
-        fprintf(stderr,
-                "usage: run in scripts/radio-lab.sh: tesmir-command-survey VERSION|--ssids\n");
+        fputs(kUsage, stderr);
         return 64;
     }
     const std::string socket = socketEnv;

@@ -2,8 +2,7 @@
 // Copyright 2026 The libtesmirwpacliwrapper Authors
 
 // tesmir-recipes: runs one recipe of TesmirRecipes.h against a supplicant's control socket and
-// prints what it found. Exit status 0 when the recipe did what was asked, 1 when not, 64 on bad
-// usage.
+// prints what it found. Exit statuses in kUsage.
 
 #include <inttypes.h>
 #include <limits.h>
@@ -37,7 +36,9 @@ constexpr const char* kUsage =
         "  wait-link-loss SECONDS              wait for the link to drop; print the reason\n"
         "  --in-process   list in this process: an entry that goes away can end it\n"
         "  --helper PATH  the listing helper (default: tesmir-list-helper beside this tool)\n"
-        "  --repeat N     run the recipe N times, a line for each run; exit 0 when all succeeded\n";
+        "  --repeat N     run the recipe N times, a line for each run; exit 0 when all succeeded\n"
+        "  --help         this text\n"
+        "exit status: 0 done, 1 not done (the reason on standard error), 64 bad usage\n";
 
 // Each recipe with the number of arguments it takes.
 struct Recipe {
@@ -97,6 +98,12 @@ bool List(WpacliWrapper& client, const std::string& socket, const Options& optio
         *note = " helpers=" + std::to_string(report.helpers) +
                 " ended=" + std::to_string(report.ended) + " hung=" + std::to_string(report.hung) +
                 " failed=" + std::to_string(report.failed);
+        if (report.startError != 0) {
+            fprintf(stderr,
+                    "tesmir-recipes: cannot start the listing helper %s: %s (--helper PATH names "
+                    "another)\n",
+                    report.startPath.c_str(), strerror(report.startError));
+        }
         if (!listed) return false;
     }
     *note = " bss=" + std::to_string(found.size()) + *note;
@@ -151,6 +158,10 @@ int main(int argc, char** argv) {
     std::vector<std::string> words;
     for (int i = 1; i < argc; ++i) {
         const std::string word = argv[i];
+        if (word == "--help") {
+            fputs(kUsage, stdout);
+            return 0;
+        }
         if (word == "--in-process") {
             options.inProcess = true;
         } else if (word == "--helper" && i + 1 < argc) {

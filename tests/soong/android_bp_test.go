@@ -452,3 +452,21 @@ func TestBrokenAndroidBpIsRejected(t *testing.T) {
 		})
 	}
 }
+
+// tesmir-recipes lists through tesmir-list-helper beside it in /vendor/bin, so the tool requires
+// its helper: PRODUCT_PACKAGES_DEBUG installs both from the tool's name. This Soong hands
+// `required` to Make as LOCAL_REQUIRED_MODULES (android/androidmk.go) without checking the name:
+// the test checks that it names the helper's vendor variant.
+func TestRecipesToolRequiresItsHelper(t *testing.T) {
+	ctx := analyseProject(t)
+	const tool, helper = "tesmir-recipes", "tesmir-list-helper"
+	for _, variant := range ctx.ModuleVariantsForTests(tool) {
+		required := ctx.ModuleForTests(tool, variant).Module().RequiredModuleNames()
+		if !android.InList(helper, required) {
+			t.Errorf("%s (%s) requires %v, not %s", tool, variant, required, helper)
+		}
+		if helperVariants := ctx.ModuleVariantsForTests(helper); !android.InList(variant, helperVariants) {
+			t.Errorf("%s has no variant %s beside its tool's: %v", helper, variant, helperVariants)
+		}
+	}
+}

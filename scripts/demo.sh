@@ -88,12 +88,14 @@ if [ "$(id -u)" -eq 0 ]; then
     scripts/install-deps.sh
 fi
 
-say "Building the library, tesmir-wpacli and the recipes"
-cmake -S . -B build-demo -G Ninja -DTESMIR_BUILD_TESTS=OFF >/dev/null
-cmake --build build-demo --target tesmir-wpacli tesmir-recipes >/dev/null
+# The host build tree that scripts/test.sh uses, so that the two share their builds; its tools
+# land in bin/, as installed.
+say "Building the library, tesmir-wpacli and the recipes (build/bin/)"
+cmake -S . -B build -G Ninja -DTESMIR_BUILD_TOOLS=ON >/dev/null
+cmake --build build --target tesmir-wpacli tesmir-recipes tesmir-list-helper >/dev/null
 
 say "Booting the radio lab: wpa_supplicant (nl80211) and four hostapd access points"
 scripts/radio-lab.sh check
-scripts/radio-lab.sh run -- scripts/demo.sh --inside "$PWD/build-demo/tools/tesmir-wpacli" \
-    "$PWD/build-demo/tools/tesmir-recipes"
+scripts/radio-lab.sh run -- scripts/demo.sh --inside "$PWD/build/bin/tesmir-wpacli" \
+    "$PWD/build/bin/tesmir-recipes"
 say "The lab has powered off; nothing is left running"

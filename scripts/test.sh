@@ -68,13 +68,23 @@ else
 fi
 
 # The radio lab's kernel, built once before the suites that boot it (minutes on a fresh tree).
-if why=$(scripts/radio-lab.sh check 2>&1); then
+if lab_why=$(scripts/radio-lab.sh check 2>&1); then
+    lab_why=""
     run_check "radio lab: User-Mode Linux kernel with mac80211_hwsim (build-uml/)" \
         scripts/radio-lab.sh kernel
 else
-    echo "radio tests will be skipped: $why"
+    echo "radio tests will be skipped: $lab_why"
 fi
 suite "host (clang, libc++, trapping checks)" build "" -DTESMIR_BUILD_TESTS=ON -DTESMIR_BUILD_TOOLS=ON
+
+# The README's main job as a newcomer runs it, on the host tree above and the lab's kernel.
+if [ -z "$lab_why" ]; then
+    run_check "the main job: scripts/demo.sh" scripts/demo.sh
+else
+    step "the main job: scripts/demo.sh"
+    echo "skipped: $lab_why"
+    skipped=$((skipped + 1))
+fi
 suite "host, checks in Android 14's order (UBSan minimal runtime)" build-minrt "-L unit" \
     -DTESMIR_UBSAN_MINIMAL_RUNTIME=ON -DTESMIR_BUILD_TESTS=ON -DTESMIR_BUILD_TOOLS=OFF
 suite "arm64 under qemu-aarch64" build-arm64 "" \

@@ -32,6 +32,8 @@
 #include "TesmirRecipes.h"
 #include "WpacliWrapper.h"
 
+namespace recipes = tesmir::recipes;
+
 namespace {
 
 using Clock = std::chrono::steady_clock;

@@ -36,6 +36,8 @@
 #include "call_counts.h"
 #include "listener.h"
 
+namespace recipes = tesmir::recipes;
+
 using Clock = std::chrono::steady_clock;
 
 namespace {

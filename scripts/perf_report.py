@@ -224,7 +224,7 @@ def crowd_section(builds):
     lines = ["## The crowd: 24 BSSes, and a table that changes", "",
              "In the radio lab's crowd (`scripts/radio-lab.sh run -a crowd -c real`: 24 BSSes "
              "over three radios), `tesmir_crowd` times a scan of the three channels "
-             "(`recipes::Scan`) and a listing of every BSS held (`recipes::ListNetworks`: two "
+             "(`tesmir::recipes::Scan`) and a listing of every BSS held (`tesmir::recipes::ListNetworks`: two "
              "queries, then three per BSS); **raw** sends the same queries through libwpa_client "
              "alone, with no attach or detach around them. A scan **fell back** when a call in it "
              "waited out 3 s without an event.", "",
@@ -269,7 +269,7 @@ def crowd_section(builds):
     isolated = [(build, row) for build, path in builds.items() for row in csv.reader(open(path))
                 if row[0] == "isolated"]
     if isolated:
-        lines += ["**Listings in a helper** (`recipes::ListNetworksIsolated`), in the same churn, "
+        lines += ["**Listings in a helper** (`tesmir::recipes::ListNetworksIsolated`), in the same churn, "
                   "from the benchmark's own process with a raw listener attached all along. "
                   "**complete**: listings that gave a whole table, after their retries; "
                   "**helpers** started, of which **ended** by the library (an entry gone), **hung** "

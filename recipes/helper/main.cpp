@@ -22,6 +22,8 @@
 #include "WpacliWrapper.h"
 #include "bss_lines.h"
 
+namespace recipes = tesmir::recipes;
+
 namespace {
 
 constexpr const char* kUsage =

@@ -3,11 +3,11 @@
 
 #pragma once
 
-// Recipes: the usual station tasks done through WpacliWrapper, as a host on a device does them.
-// Link the static library libtesmirrecipes (Android.bp) or tesmir::recipes (CMake); what of this
-// interface a version may change is in CHANGELOG.md. The library's edges they work within are
-// told in WpacliWrapper.h; how each recipe meets them, and what it costs, in docs/RECIPES.md. In
-// short:
+// Recipes: the usual station tasks done through WpacliWrapper, as a host on a device does them,
+// in the namespace tesmir::recipes. Link the static library libtesmirrecipes (Android.bp) or
+// tesmir::recipes (CMake); what of this interface a version may change is in CHANGELOG.md. The
+// library's edges they work within are told in WpacliWrapper.h; how each recipe meets them, and
+// what it costs, in docs/RECIPES.md. In short:
 //  - every query asks for a reply that fits the 63-byte window, and none can get an empty reply
 //    while the supplicant's BSS table stands still;
 //  - a wait is a loop of waiting-mode calls whose patterns are anchored on the whole prefix of
@@ -25,7 +25,7 @@
 
 #include "WpacliWrapper.h"
 
-namespace recipes {
+namespace tesmir::recipes {
 
 // A command in direct mode; false if the call failed or the reply is FAIL or UNKNOWN COMMAND.
 bool Command(WpacliWrapper& client, const std::string& command, std::string* reply = nullptr);
@@ -213,4 +213,4 @@ bool Forget(WpacliWrapper& client);
 // |socket| again once the supplicant is back and answers, trying for up to |seconds|.
 bool Reopen(WpacliWrapper& client, const std::string& socket, int seconds);
 
-}  // namespace recipes
+}  // namespace tesmir::recipes

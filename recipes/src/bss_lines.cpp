@@ -8,7 +8,7 @@
 #include "WpaStringUtils.h"
 #include "hex.h"
 
-namespace recipes {
+namespace tesmir::recipes {
 namespace {
 
 // "-" stands for an empty field: the fields are split at spaces.
@@ -54,4 +54,4 @@ bool ParseBssLines(const std::string& output, std::vector<Bss>* found) {
     return false;
 }
 
-}  // namespace recipes
+}  // namespace tesmir::recipes

@@ -11,11 +11,11 @@
 
 #include "TesmirRecipes.h"
 
-namespace recipes {
+namespace tesmir::recipes {
 
 std::string BssLine(const Bss& bss);
 
 // The BSSes of a helper's whole output; false unless it ends with its "done" line and count.
 bool ParseBssLines(const std::string& output, std::vector<Bss>* found);
 
-}  // namespace recipes
+}  // namespace tesmir::recipes

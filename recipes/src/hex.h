@@ -11,7 +11,7 @@
 
 #include <string>
 
-namespace recipes {
+namespace tesmir::recipes {
 
 inline std::string Hex(const std::string& bytes) {
     std::string hex;
@@ -32,4 +32,4 @@ inline std::string Bytes(const std::string& hex) {
     return bytes;
 }
 
-}  // namespace recipes
+}  // namespace tesmir::recipes

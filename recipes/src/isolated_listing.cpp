@@ -16,7 +16,7 @@
 #include "TesmirRecipes.h"
 #include "bss_lines.h"
 
-namespace recipes {
+namespace tesmir::recipes {
 namespace {
 
 enum class Outcome { kListed, kEnded, kHung, kFailed, kNotStarted };
@@ -150,4 +150,4 @@ bool ListNetworksIsolated(const std::string& socket, std::vector<Bss>* found, Li
     return false;
 }
 
-}  // namespace recipes
+}  // namespace tesmir::recipes

@@ -14,7 +14,7 @@
 #include "WpaStringUtils.h"
 #include "hex.h"
 
-namespace recipes {
+namespace tesmir::recipes {
 namespace {
 
 // Every waiting-mode call gives up after 3 s without an event, with this status.
@@ -537,4 +537,4 @@ bool Reopen(WpacliWrapper& client, const std::string& socket, int seconds) {
     return true;
 }
 
-}  // namespace recipes
+}  // namespace tesmir::recipes

@@ -12,9 +12,9 @@ int main() {
     WpaStringUtils::SplitString("a b", ' ', fields);
     delete GetWpacliWrapperHandle();
     // The recipes, and the helper their isolated listing runs, by its exported target.
-    recipes::Isolation isolation;
+    tesmir::recipes::Isolation isolation;
     isolation.helper = TESMIR_LIST_HELPER;
-    return fields.size() == 2 && recipes::EventPattern("X") == "^(IFNAME=\\S+ )?<[0-9]>X" &&
+    return fields.size() == 2 && tesmir::recipes::EventPattern("X") == "^(IFNAME=\\S+ )?<[0-9]>X" &&
                            access(isolation.helper.c_str(), X_OK) == 0
                    ? 0
                    : 1;

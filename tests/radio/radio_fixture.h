@@ -18,6 +18,8 @@
 #include "TesmirRecipes.h"
 #include "WpacliWrapper.h"
 
+namespace recipes = tesmir::recipes;
+
 namespace radio {
 
 constexpr const char* kPassphrase = "tesmir-passphrase";

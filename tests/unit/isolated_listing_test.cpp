@@ -19,6 +19,8 @@
 #include "bss_lines.h"
 #include "gtest/gtest.h"
 
+namespace recipes = tesmir::recipes;
+
 namespace {
 
 #ifdef __ANDROID__

@@ -15,6 +15,8 @@
 #include "TesmirRecipes.h"
 #include "client_test_base.h"
 
+namespace recipes = tesmir::recipes;
+
 namespace {
 
 struct Entry {

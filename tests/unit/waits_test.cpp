@@ -12,6 +12,8 @@
 #include "TesmirRecipes.h"
 #include "client_test_base.h"
 
+namespace recipes = tesmir::recipes;
+
 namespace {
 
 constexpr const char* kAp1 = "02:00:00:00:01:00";

@@ -34,6 +34,8 @@
 #include "TesmirRecipes.h"
 #include "WpacliWrapper.h"
 
+namespace recipes = tesmir::recipes;
+
 namespace {
 
 #if defined(__aarch64__)

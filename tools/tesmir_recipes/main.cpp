@@ -18,6 +18,8 @@
 #include "TesmirRecipes.h"
 #include "WpacliWrapper.h"
 
+namespace recipes = tesmir::recipes;
+
 namespace {
 
 constexpr const char* kUsage =

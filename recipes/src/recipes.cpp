@@ -385,8 +385,10 @@ bool ListNetworks(WpacliWrapper& client, std::vector<Bss>* found) {
     // ten to a reply, and then reads from the newest down: it is exposed only while it reads the
     // entries that go. An entry gone before its turn yields a newer one, already read or past
     // the bound, and is skipped; one that came back under a new id is past the bound.
-    if (!HoldsBss(client)) return true;
+    // A failed call is no empty table: a helper whose supplicant went away must say so.
     std::string reply;
+    if (!Command(client, "SCAN_RESULTS", &reply)) return false;
+    if (reply.find('\n') == std::string::npos) return true;
     if (!QueryBss(client, "LAST", "0x1", &reply)) return false;
     const int last = Number(Field(reply, "id"));
     std::vector<int> ids;

@@ -132,13 +132,13 @@ struct Isolation {
 #else
     std::string clientDir = "/tmp";
 #endif
-    int attempts = 3;         // helpers started at most
-    int milliseconds = 5000;  // a helper still running then is ended (SIGKILL)
+    int attempts = 3;         // helpers started at most in one listing
+    int milliseconds = 5000;  // a listing not answered by then is ended (SIGKILL)
 };
 
 // What the helpers of one ListNetworksIsolated() did.
 struct ListingReport {
-    int helpers = 0;  // started, and the one that did not start
+    int helpers = 0;  // started, and the one that did not start; 0: the kept helper listed
     int ended = 0;    // ended by a signal: the library ended it, on an entry that went away
     int hung = 0;     // ended after Isolation::milliseconds
     int failed = 0;   // did not start, could not open |socket|, or a call failed
@@ -153,17 +153,34 @@ struct ListingReport {
     std::string startPath;
 };
 
-// ListNetworks() in a helper process of its own, on a client of its own opened on |socket|: an
-// empty reply ends the helper, never the host. A helper that ends or hangs is reaped, its client
-// sockets removed, and the listing tried again, up to Isolation::attempts helpers; one that does
-// not start is not tried again (ListingReport::startError). True with |found| when one helper
-// listed the whole table; false with |found| empty otherwise. |report| tells why. The host's own
-// clients are untouched, and so are its other threads: the helper is spawned (posix_spawn), not
-// forked, and reaped by its pid alone. A host that ignores SIGCHLD cannot reap: every helper then
-// counts as failed. Each listing costs a process start on top of ListNetworks()
-// (docs/PERFORMANCE.md).
+// ListNetworks() in a helper process, on a client of its own opened on |socket|: an empty reply
+// ends the helper, never the host. True with |found| when a helper listed the whole table; false
+// with |found| empty otherwise, and |report| tells why.
+//
+// The first listing on a socket starts its helper; later ones ask the same helper, over a
+// socket pair, on the client it keeps open, and cost about what ListNetworks() does in the host
+// (docs/PERFORMANCE.md). One helper serves a socket, one listing at a time: callers on several
+// threads wait their turn rather than each holding a client of the supplicant and a process.
+// A helper that ends or hangs is reaped, its client sockets removed, and the listing tried again
+// in a new one, up to Isolation::attempts started; one that does not start is not tried again
+// (ListingReport::startError). So is one whose supplicant went away (Wi-Fi off): the next
+// listing after Wi-Fi is back starts a helper on the new supplicant.
+//
+// The helper's life is the host's: it ends when the host's end of their channel closes (the host
+// exits or is killed), whichever thread started it, and removes its client sockets. That end is
+// close-on-exec, so that no other child of the host keeps the helper. The host's own clients and
+// threads are untouched: the helper is spawned (posix_spawn), not forked, and signalled and
+// reaped through a pidfd where the kernel has one. Neither side gets SIGPIPE when the other is
+// gone, whatever the host's handlers. A helper of another version, which cannot serve, is run
+// once a listing instead. A host that ignores SIGCHLD cannot learn how a helper ended: one that
+// ends then counts as failed.
 bool ListNetworksIsolated(const std::string& socket, std::vector<Bss>* found, ListingReport* report,
                           const Isolation& isolation = Isolation());
+
+// Ends every helper that ListNetworksIsolated() keeps, after the listing each may be serving,
+// waits for each and removes its client sockets: before Wi-Fi is turned off, or before the host
+// exits, to free the supplicant's clients at once. The next listing starts a helper again.
+void EndListingHelpers();
 
 // Whether |ssid| can be the listed one: equal when whole, else the same length and beginning.
 bool SsidCanBe(const Bss& bss, const std::string& ssid);

@@ -54,4 +54,11 @@ bool ParseBssLines(const std::string& output, std::vector<Bss>* found) {
     return false;
 }
 
+bool AnswerIsWhole(const std::string& output) {
+    if (output == kUnsupported) return true;
+    if (output.empty() || output.back() != '\n') return false;
+    const size_t start = output.rfind('\n', output.size() - 2);
+    return output.compare(start == std::string::npos ? 0 : start + 1, 5, "done ") == 0;
+}
+
 }  // namespace tesmir::recipes

@@ -212,11 +212,18 @@ TEST_F(RadioTest, status_sends_the_state_as_events_on_a_device_build) {
             << response;
 }
 
-// Wi-Fi off ends the supplicant: every call fails until the host opens again on the new one.
+// Wi-Fi off ends the supplicant: every call fails until the host opens again on the new one,
+// and the listing helper kept on the old one is replaced.
 TEST_F(RadioTest, wifi_turned_off_and_on) {
     const std::string wifi = getenv("TESMIR_LAB_WIFI");
     ASSERT_TRUE(
             recipes::Connect(*client_, "tesmir", Security::kWpa2Psk, kPassphrase, "2412", nullptr));
+    recipes::Isolation isolation;
+    isolation.helper = getenv("TESMIR_LIST_HELPER");
+    isolation.milliseconds = 60000;  // a bound for a hang: under qemu a listing takes seconds
+    std::vector<recipes::Bss> found;
+    recipes::ListingReport report;
+    ASSERT_TRUE(recipes::ListNetworksIsolated(socket_, &found, &report, isolation));
     Run(wifi + " off");
     std::string response;
     EXPECT_EQ(-1, client_->Execute("PING", "", response, false));
@@ -231,6 +238,11 @@ TEST_F(RadioTest, wifi_turned_off_and_on) {
     EXPECT_FALSE(recipes::CurrentBssid(*client_, nullptr));
     EXPECT_TRUE(
             recipes::Connect(*client_, "tesmir", Security::kWpa2Psk, kPassphrase, "2412", nullptr));
+    ASSERT_TRUE(recipes::ListNetworksIsolated(socket_, &found, &report, isolation));
+    EXPECT_EQ(report.failed, 1) << "the kept helper, whose supplicant went away";
+    EXPECT_EQ(report.helpers, 1);
+    EXPECT_FALSE(found.empty());
+    recipes::EndListingHelpers();
 }
 
 TEST_F(RadioTest, roams_between_access_points_of_one_network) {

@@ -77,7 +77,7 @@ fi
 
 expect "tesmir-wpacli --help" 0 '^usage: tesmir-wpacli ' "${wpacli[@]}" --help
 expect "tesmir-recipes --help" 0 '^usage: tesmir-recipes ' "${emulator[@]}" "$2" --help
-expect "tesmir-list-helper --help" 0 '^usage: tesmir-list-helper SOCKET$' "$3" --help
+expect "tesmir-list-helper --help" 0 '^usage: tesmir-list-helper \[--serve\] SOCKET$' "$3" --help
 
 expect "recipes: unknown recipe" 64 '^$' "${recipes[@]}" "$socket" frobnicate
 expect "recipes: forget" 0 '^$' "${recipes[@]}" "$socket" forget
@@ -102,8 +102,26 @@ if [ "${#emulator[@]}" -eq 0 ]; then
 fi
 expect "recipes: list in process" 0 '^02:00:00:00:02:00 2437 -[0-9]+ \[WPA2-PSK-CCMP\]\[ESS\] tesmir$' \
     "${recipes[@]}" --in-process "$socket" list
-expect "recipes: list, three times" 0 '^run 3: ok bss=[0-9]+ helpers=1 ended=0 hung=0 failed=0$' \
-    "${recipes[@]}" --repeat 3 "$socket" list
+expect "recipes: list, three times, the first starting the helper" 0 \
+    '^run 1: ok bss=[0-9]+ helpers=1 ended=0 hung=0 failed=0$' "${recipes[@]}" --repeat 3 "$socket" list
+expect "recipes: list, three times, the kept helper listing again" 0 \
+    '^run 3: ok bss=[0-9]+ helpers=0 ended=0 hung=0 failed=0$' "${recipes[@]}" --repeat 3 "$socket" list
+# The helper's life is its host's: killed, the host leaves no helper and no client socket.
+"${recipes[@]}" --repeat 100000 "$socket" list >/dev/null 2>&1 &
+host=$!
+helper=
+for _ in $(seq 100); do helper=$(pgrep -f -- '--serve') && break; sleep 0.1; done
+kill -KILL "$host"
+wait "$host" 2>/dev/null
+rm -f /tmp/wpa_ctrl_"$host"-*  # the host's own, which only a clean exit removes
+for _ in $(seq 100); do pgrep -f -- '--serve' >/dev/null || break; sleep 0.1; done
+left=$(pgrep -f -- '--serve'; ls /tmp | grep "^wpa_ctrl_$helper-")
+if [ -z "$helper" ] || [ -n "$left" ]; then
+    echo "FAIL: a host killed left its helper ($helper) or the helper's client sockets: $left"
+    failures=$((failures + 1))
+else
+    echo "ok: a host killed leaves no helper and no client socket"
+fi
 expect "recipes: an unknown option" 64 '^$' "${recipes[@]}" "$socket" list --anything
 expect "recipes: an argument too many" 64 '^$' "${recipes[@]}" "$socket" list extra
 expect "recipes: a repeat that is no count" 64 '^$' "${recipes[@]}" --repeat 0 "$socket" list

@@ -1,17 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copyright 2026 The libtesmirwpacliwrapper Authors
 
-// What isolating a listing costs a host, apart from the listing: ROUNDS listings of an empty
-// table, from a host of 50 MB resident whose eight other threads allocate and log the while,
-// against a control socket of this process that answers as a supplicant holding nothing.
-//   tesmir_isolation_cost HELPER ROUNDS
-// Prints "isolation,DESIGN,rounds,p50_ms,p95_ms" for
-//   in-process  a client opened and ListNetworks() here: the baseline
-//   spawn       ListNetworksIsolated(): posix_spawn of HELPER, which does the same
-//   fork        fork(), the same in the child; what a multithreaded host may not do safely
+// What isolating a listing costs a host: ROUNDS listings in each design, in turn, from a host of
+// 50 MB resident whose eight other threads allocate and log the while. Without SOCKET, of an
+// empty table, from a control socket of this process that answers as a supplicant holding
+// nothing; with SOCKET, of what that supplicant holds (the radio lab's crowd).
+//   tesmir_isolation_cost HELPER ROUNDS [SOCKET]
+// Prints "isolation,TABLE,DESIGN,rounds,p50_ms,p95_ms", TABLE "empty" or "held", for
+//   in-process  ListNetworks() on a client this host keeps open: the baseline
+//   warm        ListNetworksIsolated() answered by the helper it keeps (HELPER)
+//   cold        ListNetworksIsolated() after EndListingHelpers(): a helper started for it
+//   fork        fork(), a client opened and ListNetworks() in the child; what a multithreaded
+//               host may not do safely
 //   exec-floor  posix_spawn of /bin/true: what starting any program costs on this machine
+// then "isolation-rss,TABLE,helper,KB": the kept helper's resident memory.
 
 #include <android/log.h>
+#include <dirent.h>
+#include <inttypes.h>
 #include <spawn.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -24,6 +30,8 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <fstream>
+#include <map>
 #include <memory>
 #include <string>
 #include <thread>
@@ -78,15 +86,13 @@ class EmptySupplicant {
     std::thread thread_;
 };
 
-bool ListHere(const std::string& socket) {
-    std::unique_ptr<WpacliWrapper> client(GetWpacliWrapperHandle());
-    std::vector<recipes::Bss> found;
-    return client->Open(socket) == 0 && recipes::ListNetworks(*client, &found) && found.empty();
-}
-
 bool ListForked(const std::string& socket) {
     const pid_t child = fork();
-    if (child == 0) _exit(ListHere(socket) ? 0 : 1);
+    if (child == 0) {
+        std::unique_ptr<WpacliWrapper> client(GetWpacliWrapperHandle());
+        std::vector<recipes::Bss> found;
+        _exit(client->Open(socket) == 0 && recipes::ListNetworks(*client, &found) ? 0 : 1);
+    }
     int status = 0;
     return waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
@@ -100,16 +106,48 @@ bool SpawnTrue() {
            waitpid(child, &status, 0) == child && status == 0;
 }
 
+// The resident memory of this process's serving helper, in kB; 0 when none runs.
+int64_t HelperResidentKb() {
+    DIR* proc = opendir("/proc");
+    int64_t kb = 0;
+    while (const dirent* entry = proc != nullptr ? readdir(proc) : nullptr) {
+        const std::string dir = std::string("/proc/") + entry->d_name;
+        std::ifstream stat(dir + "/stat");
+        std::string pid;
+        std::string name;
+        std::string state;
+        std::string parent;
+        std::ifstream cmdline(dir + "/cmdline");
+        const std::string words((std::istreambuf_iterator<char>(cmdline)),
+                                std::istreambuf_iterator<char>());
+        if (!(stat >> pid >> name >> state >> parent) || atoi(parent.c_str()) != getpid() ||
+            words.find("--serve") == std::string::npos) {
+            continue;
+        }
+        std::ifstream status(dir + "/status");
+        for (std::string key; status >> key;) {
+            if (key == "VmRSS:") status >> kb;
+        }
+    }
+    if (proc != nullptr) closedir(proc);
+    return kb;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 3) {
-        fprintf(stderr, "usage: %s HELPER ROUNDS\n", argv[0]);
+    if (argc != 3 && argc != 4) {
+        fprintf(stderr, "usage: %s HELPER ROUNDS [SOCKET]\n", argv[0]);
         return 64;
     }
     const int rounds = atoi(argv[2]);
-    const std::string socket = "/tmp/tesmir-isolation-" + std::to_string(getpid());
-    EmptySupplicant supplicant(socket);
+    const char* table = argc == 4 ? "held" : "empty";
+    const std::string socket =
+            argc == 4 ? argv[3] : "/tmp/tesmir-isolation-" + std::to_string(getpid());
+    std::unique_ptr<EmptySupplicant> supplicant;
+    if (argc == 3) supplicant = std::make_unique<EmptySupplicant>(socket);
+    std::unique_ptr<WpacliWrapper> client(GetWpacliWrapperHandle());
+    if (client->Open(socket) != 0) return 1;
     // The host's shape: 50 MB resident, and eight threads at work.
     std::vector<char> resident(50u << 20);
     memset(resident.data(), 1, resident.size());
@@ -127,33 +165,41 @@ int main(int argc, char** argv) {
     }
     recipes::Isolation isolation;
     isolation.helper = argv[1];
-    const std::pair<const char*, std::function<bool()>> designs[] = {
-            {"in-process", [&] { return ListHere(socket); }},
-            {"spawn",
-             [&] {
-                 std::vector<recipes::Bss> found;
-                 recipes::ListingReport report;
-                 return recipes::ListNetworksIsolated(socket, &found, &report, isolation) &&
-                        report.helpers == 1;
-             }},
-            {"fork", [&] { return ListForked(socket); }},
-            {"exec-floor", SpawnTrue},
+    std::vector<recipes::Bss> found;
+    recipes::ListingReport report;
+    const auto isolated = [&](int started) {
+        return recipes::ListNetworksIsolated(socket, &found, &report, isolation) &&
+               report.helpers == started;
     };
-    int status = 0;
-    for (const auto& [name, list] : designs) {
-        std::vector<double> millis;
-        millis.reserve(static_cast<size_t>(rounds));
-        for (int round = 0; round < rounds; ++round) {
+    // Each design with what it does before its timed part, and the timed part.
+    const std::tuple<const char*, std::function<void()>, std::function<bool()>> designs[] = {
+            {"in-process", [] {}, [&] { return recipes::ListNetworks(*client, &found); }},
+            {"warm", [] {}, [&] { return isolated(0); }},
+            {"cold", recipes::EndListingHelpers, [&] { return isolated(1); }},
+            {"fork", [] {}, [&] { return ListForked(socket); }},
+            {"exec-floor", [] {}, SpawnTrue},
+    };
+    // The first listing starts the helper the warm rounds use.
+    int status = isolated(1) ? 0 : 1;
+    std::map<std::string, std::vector<double>> millis;
+    for (int round = 0; round < rounds; ++round) {
+        for (const auto& [name, before, list] : designs) {
+            before();
             const Clock::time_point start = Clock::now();
             if (!list()) status = 1;
-            millis.push_back(
+            millis[name].push_back(
                     std::chrono::duration<double, std::milli>(Clock::now() - start).count());
         }
-        std::sort(millis.begin(), millis.end());
-        printf("isolation,%s,%d,%.3f,%.3f\n", name, rounds, millis[millis.size() / 2],
-               millis[millis.size() * 95 / 100]);
-        fflush(stdout);
     }
+    for (const auto& [name, before, list] : designs) {
+        std::vector<double>& times = millis[name];
+        std::sort(times.begin(), times.end());
+        printf("isolation,%s,%s,%d,%.3f,%.3f\n", table, name, rounds, times[times.size() / 2],
+               times[times.size() * 95 / 100]);
+    }
+    printf("isolation-rss,%s,helper,%" PRId64 "\n", table, HelperResidentKb());
+    fflush(stdout);
+    recipes::EndListingHelpers();
     busy = false;
     for (std::thread& thread : threads) thread.join();
     return status;

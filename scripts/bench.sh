@@ -54,6 +54,7 @@ if [ "$short" -eq 1 ]; then
     churn_listings=5
     isolated_listings=5
     isolation_rounds=20
+    held_isolation_rounds=2
 else
     bench_args=(--benchmark_min_time=2 --benchmark_repetitions=7 --benchmark_report_aggregates_only=true)
     rounds=3000
@@ -66,6 +67,7 @@ else
     churn_listings=${TESMIR_CHURN_LISTINGS:-2000}
     isolated_listings=${TESMIR_ISOLATED_LISTINGS:-2000}
     isolation_rounds=1000
+    held_isolation_rounds=60
 fi
 
 if [ "$radio_only" -eq 0 ]; then
@@ -112,8 +114,8 @@ echo "== isolating a listing: $isolation_rounds round trips of each design, outs
 "$build/bench/tesmir_isolation_cost" "$build/bin/tesmir-list-helper" "$isolation_rounds" \
     >"$out/isolation.csv"
 
-echo "== the crowd: $crowd_rounds scans and listings, $churn_listings listings per design under churn"
-echo "   and $isolated_listings isolated listings per churn"
+echo "== the crowd: $crowd_rounds scans and listings, $churn_listings listings per design under churn,"
+echo "   $isolated_listings isolated listings per churn, $held_isolation_rounds of each isolation design"
 crowds=()
 for supplicant in device desktop; do
     [ "${#recipes[@]}" -gt 0 ] || break
@@ -123,10 +125,12 @@ for supplicant in device desktop; do
     fi
     csv=$out/crowd-$supplicant.csv
     scripts/radio-lab.sh run -s "$supplicant" -c real -a crowd -t 20000 -- bash -c \
-        '"$0" cost "$1" && "$0" churn edge "$2" && "$0" churn flush-all "$(($2 / 4 + 1))" &&
-         "$0" isolated edge "$3" "$4" && "$0" isolated flush-all "$3" "$4"' \
+        '"$0" cost "$1" && "$5" "$4" "$6" "$TESMIR_LAB_SOCKET" && "$0" churn edge "$2" &&
+         "$0" churn flush-all "$(($2 / 4 + 1))" && "$0" isolated edge "$3" "$4" &&
+         "$0" isolated flush-all "$3" "$4"' \
         "$build/bench/tesmir_crowd" "$crowd_rounds" "$churn_listings" "$isolated_listings" \
-        "$PWD/$build/bin/tesmir-list-helper" >"$csv" ||
+        "$PWD/$build/bin/tesmir-list-helper" "$PWD/$build/bench/tesmir_isolation_cost" \
+        "$held_isolation_rounds" >"$csv" ||
         { echo "the crowd benchmark failed on the $supplicant build" >&2 && exit 1; }
     crowds+=("$supplicant=$csv")
 done

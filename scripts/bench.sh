@@ -12,6 +12,7 @@
 #                      runs again only the radio lab's benchmarks (or one of them), each of
 #                      which has its baseline in its own run, and writes the report with the
 #                      other figures as the last full run left them in docs/
+#   bench.sh --report  writes the report again from the figures in docs/, measuring nothing
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -20,6 +21,8 @@ radio_only=0
 [ "${1:-}" = "--short" ] && short=1
 [ "${1:-}" = "--radio" ] && radio_only=1
 radio_part=${2:-}
+report_only=0
+[ "${1:-}" = "--report" ] && radio_only=1 && report_only=1
 build=build-bench
 out=docs
 if [ "$short" -eq 1 ]; then
@@ -88,11 +91,12 @@ if [ "$radio_only" -eq 0 ]; then
     trap - EXIT
 fi
 
-echo "== recipes against a raw listener, radio lab, real clock: $recipe_rounds rounds on the device"
-echo "   build, $desktop_recipe_rounds on the desktop build, each both ways"
+[ "$report_only" -eq 1 ] ||
+    printf '%s\n' "== recipes against a raw listener, radio lab, real clock: $recipe_rounds rounds on the" \
+        "   device build, $desktop_recipe_rounds on the desktop build, each both ways"
 recipes=()
 for supplicant in device desktop; do
-    if [ "$radio_part" = crowd ]; then
+    if [ "$radio_part" = crowd ] || [ "$report_only" -eq 1 ]; then
         recipes+=("$supplicant=$out/recipes-$supplicant.csv")
         continue
     fi
@@ -110,16 +114,20 @@ for supplicant in device desktop; do
     esac
 done
 
-echo "== isolating a listing: $isolation_rounds round trips of each design, outside the lab"
-"$build/bench/tesmir_isolation_cost" "$build/bin/tesmir-list-helper" "$isolation_rounds" \
-    >"$out/isolation.csv"
+if [ "$report_only" -eq 0 ]; then
+    echo "== isolating a listing: $isolation_rounds round trips of each design, outside the lab"
+    "$build/bench/tesmir_isolation_cost" "$build/bin/tesmir-list-helper" "$isolation_rounds" \
+        >"$out/isolation.csv"
+fi
 
-echo "== the crowd: $crowd_rounds scans and listings, $churn_listings listings per design under churn,"
-echo "   $isolated_listings isolated listings per churn, $held_isolation_rounds of each isolation design"
+[ "$report_only" -eq 1 ] ||
+    printf '%s\n' "== the crowd: $crowd_rounds scans and listings, $churn_listings listings per design" \
+        "   under churn, $isolated_listings isolated listings per churn, $held_isolation_rounds of" \
+        "   each isolation design"
 crowds=()
 for supplicant in device desktop; do
     [ "${#recipes[@]}" -gt 0 ] || break
-    if [ "$radio_part" = recipes ]; then
+    if [ "$radio_part" = recipes ] || [ "$report_only" -eq 1 ]; then
         crowds+=("$supplicant=$out/crowd-$supplicant.csv")
         continue
     fi

@@ -19,7 +19,7 @@
 namespace tesmir::recipes {
 namespace {
 
-enum class Outcome { kListed, kEnded, kHung, kFailed, kNotStarted, kOtherVersion };
+enum class Outcome { kListed, kServing, kEnded, kHung, kFailed, kNotStarted, kOtherVersion };
 
 // How a child that could not run ends where posix_spawn does not report it, and how the dynamic
 // linker ends one it cannot load; tesmir-list-helper never exits with it.
@@ -147,7 +147,7 @@ Outcome Start(const Isolation& isolation, const std::string& socket, Warm* warm,
     }
     warm->channel = channel[0];
     warm->clientDir = isolation.clientDir;
-    return Outcome::kListed;
+    return Outcome::kServing;
 }
 
 // Ends |warm|'s helper: its channel closed, it ends by itself, or is ended; then reaped and its
@@ -198,18 +198,19 @@ bool ListNetworksIsolated(const std::string& socket, std::vector<Bss>* found, Li
     }
     for (;;) {
         int startError = 0;
-        Outcome outcome = Outcome::kListed;
+        Outcome outcome = Outcome::kServing;
         if (warm->channel < 0) {
             if (report->helpers == isolation.attempts) break;
             ++report->helpers;
             outcome = warm->oneShot ? RunOnce(isolation, socket, found, &startError)
                                     : Start(isolation, socket, warm.get(), &startError);
-            if (warm->oneShot && outcome == Outcome::kListed) return true;
         }
-        if (outcome == Outcome::kListed) outcome = Ask(isolation, warm.get(), found, &startError);
+        if (outcome == Outcome::kServing) outcome = Ask(isolation, warm.get(), found, &startError);
         switch (outcome) {
             case Outcome::kListed:
                 return true;
+            case Outcome::kServing:  // not from Ask()
+                break;
             case Outcome::kOtherVersion:
                 warm->oneShot = true;
                 break;

@@ -13,7 +13,6 @@
 #include <stdlib.h>
 #include <string.h>
 #include <sys/resource.h>
-#include <sys/socket.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -60,17 +59,6 @@ std::string Lines(const std::vector<recipes::Bss>& found) {
     return out + "done " + std::to_string(found.size()) + "\n";
 }
 
-// Never SIGPIPE: a host gone is the end of serving, not of a signal.
-bool SendAll(int fd, const std::string& text) {
-    for (size_t sent = 0; sent < text.size();) {
-        const ssize_t n = send(fd, text.data() + sent, text.size() - sent, MSG_NOSIGNAL);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) return false;
-        sent += static_cast<size_t>(n);
-    }
-    return true;
-}
-
 // One request from |fd|, without its line feed; false at the end of the channel, which is how the
 // helper learns that its host closed it, exited or was killed. The host sends one request and
 // waits for its answer, so a read never holds the start of the next one.
@@ -95,11 +83,11 @@ int Serve(WpacliWrapper& client) {
     std::vector<recipes::Bss> found;
     while (ReadRequest(STDIN_FILENO, &line)) {
         if (line != request) {
-            if (!SendAll(STDIN_FILENO, recipes::kUnsupported)) break;
+            if (!recipes::SendAll(STDIN_FILENO, recipes::kUnsupported)) break;
             continue;
         }
         if (!recipes::ListNetworks(client, &found)) return 2;
-        if (!SendAll(STDIN_FILENO, Lines(found))) break;
+        if (!recipes::SendAll(STDIN_FILENO, Lines(found))) break;
     }
     return 0;
 }

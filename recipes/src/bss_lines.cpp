@@ -3,7 +3,9 @@
 
 #include "bss_lines.h"
 
+#include <errno.h>
 #include <stdlib.h>
+#include <sys/socket.h>
 
 #include "WpaStringUtils.h"
 #include "hex.h"
@@ -52,6 +54,16 @@ bool ParseBssLines(const std::string& output, std::vector<Bss>* found) {
         found->push_back(bss);
     }
     return false;
+}
+
+bool SendAll(int fd, const std::string& text) {
+    for (size_t sent = 0; sent < text.size();) {
+        const ssize_t n = send(fd, text.data() + sent, text.size() - sent, MSG_NOSIGNAL);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) return false;
+        sent += static_cast<size_t>(n);
+    }
+    return true;
 }
 
 bool AnswerIsWhole(const std::string& output) {

@@ -31,4 +31,8 @@ bool ParseBssLines(const std::string& output, std::vector<Bss>* found);
 // Whether |output| holds a whole answer: it ends with a "done" line, or is kUnsupported.
 bool AnswerIsWhole(const std::string& output);
 
+// Sends all of |text| on the socket |fd|; false when the other side is gone. Never SIGPIPE,
+// whatever the process's handlers: for host and helper alike the other's end is an outcome.
+bool SendAll(int fd, const std::string& text);
+
 }  // namespace tesmir::recipes

@@ -84,17 +84,6 @@ bool Read(int fd, Clock::time_point deadline, bool (*whole)(const std::string&),
     }
 }
 
-// Never SIGPIPE, whatever the host's handlers: a helper gone is an outcome, not a signal.
-bool SendAll(int fd, const std::string& text) {
-    for (size_t sent = 0; sent < text.size();) {
-        const ssize_t n = send(fd, text.data() + sent, text.size() - sent, MSG_NOSIGNAL);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) return false;
-        sent += static_cast<size_t>(n);
-    }
-    return true;
-}
-
 // What the ending of a helper that did not list means. One that ends with kCannotRun having
 // said nothing never ran.
 Outcome Ended(const Isolation& isolation, const Ending& ending, bool saidNothing, int* startError) {
@@ -106,7 +95,8 @@ Outcome Ended(const Isolation& isolation, const Ending& ending, bool saidNothing
     return Outcome::kFailed;
 }
 
-// One run of today's kind: the helper lists once on its standard output and ends.
+// One run as helpers of earlier versions serve: the helper lists once on its standard output
+// and ends.
 Outcome RunOnce(const Isolation& isolation, const std::string& socket, std::vector<Bss>* found,
                 int* startError) {
     int pipe_fds[2];

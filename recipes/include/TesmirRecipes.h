@@ -193,7 +193,8 @@ std::string DecodeSsid(const std::string& printed);
 enum class Security { kOpen, kWpa2Psk, kWpa3Sae };
 
 // Adds a network and connects to it, narrowing the scan to |freqs| when given ("2412 2437").
-// Returns the BSSID connected to in |bssid|. The network stays configured.
+// Returns the BSSID connected to in |bssid|. The network stays configured. The passphrase goes
+// in a SET_NETWORK command, which the library logs verbatim at mask 0x04 (TesmirLogLevel.h).
 bool Connect(WpacliWrapper& client, const std::string& ssid, Security security,
              const std::string& passphrase, const std::string& freqs, std::string* bssid);
 

@@ -42,41 +42,6 @@ Ending FromStatus(int status) {
     return ending;
 }
 
-}  // namespace
-
-int SpawnChild(const std::vector<std::string>& argv, int in, int out, Child* child) {
-    posix_spawn_file_actions_t actions;
-    posix_spawnattr_t attr;
-    posix_spawn_file_actions_init(&actions);
-    if (in >= 0) posix_spawn_file_actions_adddup2(&actions, in, STDIN_FILENO);
-    if (out >= 0) {
-        posix_spawn_file_actions_adddup2(&actions, out, STDOUT_FILENO);
-    } else {
-        posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    }
-    // The host's blocked and ignored signals are not the helper's.
-    posix_spawnattr_init(&attr);
-    sigset_t none;
-    sigset_t all;
-    sigemptyset(&none);
-    sigfillset(&all);
-    posix_spawnattr_setsigmask(&attr, &none);
-    posix_spawnattr_setsigdefault(&attr, &all);
-    posix_spawnattr_setflags(&attr, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-    std::vector<std::string> words = argv;
-    std::vector<char*> pointers;
-    pointers.reserve(words.size() + 1);
-    for (std::string& word : words) pointers.push_back(word.data());
-    pointers.push_back(nullptr);
-    const int error =
-            posix_spawn(&child->pid, words[0].c_str(), &actions, &attr, pointers.data(), environ);
-    posix_spawnattr_destroy(&attr);
-    posix_spawn_file_actions_destroy(&actions);
-    if (error != 0) return error;
-    child->pidfd = PidfdOpen(child->pid);  // close-on-exec, as pidfd_open makes it
-    return 0;
-}
-
 void KillChild(const Child& child) {
 #ifdef SYS_pidfd_send_signal
     if (child.pidfd >= 0) {
@@ -87,6 +52,8 @@ void KillChild(const Child& child) {
     kill(child.pid, SIGKILL);
 }
 
+// Waits up to |milliseconds| (forever when negative) for |child| to end, then reaps it and
+// closes its pidfd. False, with |child| untouched, when it still runs.
 bool ReapChild(Child* child, int milliseconds, Ending* ending) {
     *ending = Ending();
     if (child->pidfd >= 0) {
@@ -126,6 +93,41 @@ bool ReapChild(Child* child, int milliseconds, Ending* ending) {
             std::this_thread::sleep_for(std::chrono::milliseconds(2));
         }
     }
+}
+
+}  // namespace
+
+int SpawnChild(const std::vector<std::string>& argv, int in, int out, Child* child) {
+    posix_spawn_file_actions_t actions;
+    posix_spawnattr_t attr;
+    posix_spawn_file_actions_init(&actions);
+    if (in >= 0) posix_spawn_file_actions_adddup2(&actions, in, STDIN_FILENO);
+    if (out >= 0) {
+        posix_spawn_file_actions_adddup2(&actions, out, STDOUT_FILENO);
+    } else {
+        posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    }
+    // The host's blocked and ignored signals are not the helper's.
+    posix_spawnattr_init(&attr);
+    sigset_t none;
+    sigset_t all;
+    sigemptyset(&none);
+    sigfillset(&all);
+    posix_spawnattr_setsigmask(&attr, &none);
+    posix_spawnattr_setsigdefault(&attr, &all);
+    posix_spawnattr_setflags(&attr, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    std::vector<std::string> words = argv;
+    std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
+    for (std::string& word : words) pointers.push_back(word.data());
+    pointers.push_back(nullptr);
+    const int error =
+            posix_spawn(&child->pid, words[0].c_str(), &actions, &attr, pointers.data(), environ);
+    posix_spawnattr_destroy(&attr);
+    posix_spawn_file_actions_destroy(&actions);
+    if (error != 0) return error;
+    child->pidfd = PidfdOpen(child->pid);  // close-on-exec, as pidfd_open makes it
+    return 0;
 }
 
 Ending EndChild(Child* child, int milliseconds) {

@@ -33,13 +33,8 @@ struct Ending {
 // output). Returns 0 with |child|, or the error posix_spawn gave.
 int SpawnChild(const std::vector<std::string>& argv, int in, int out, Child* child);
 
-void KillChild(const Child& child);
-
-// Waits up to |milliseconds| (forever when negative) for |child| to end, then reaps it and
-// closes its pidfd. False, with |child| untouched, when it still runs.
-bool ReapChild(Child* child, int milliseconds, Ending* ending);
-
-// Ends |child| (SIGKILL) when it has not ended within |milliseconds|, and reaps it.
+// Waits up to |milliseconds| (forever when negative) for |child| to end, ends it (SIGKILL) when it
+// has not, then reaps it and closes its pidfd.
 Ending EndChild(Child* child, int milliseconds);
 
 // libwpa_client names its client sockets wpa_ctrl_<pid>-<counter>; a helper that was ended

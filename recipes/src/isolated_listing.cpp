@@ -113,9 +113,8 @@ Outcome RunOnce(const Isolation& isolation, const std::string& socket, std::vect
     Read(pipe_fds[0], Clock::now() + std::chrono::milliseconds(isolation.milliseconds), nullptr,
          &output, &late);
     close(pipe_fds[0]);
-    if (late) KillChild(child);
-    Ending ending;
-    ReapChild(&child, -1, &ending);
+    // Ended by now, unless it hung.
+    const Ending ending = EndChild(&child, late ? 0 : -1);
     RemoveClientSockets(isolation.clientDir, child.pid);
     if (late) return Outcome::kHung;
     if (!ending.known || ending.signaled || ending.code != 0) {
@@ -160,8 +159,7 @@ Outcome Ask(const Isolation& isolation, Warm* warm, std::vector<Bss>* found, int
                  AnswerIsWhole, &answer, &late);
     if (whole && answer != kUnsupported && ParseBssLines(answer, found)) return Outcome::kListed;
     if (late) {
-        KillChild(warm->child);
-        Stop(warm, -1);
+        Stop(warm, 0);
         return Outcome::kHung;
     }
     // The channel ended, so did the helper or it is about to; or it answered in another version,

@@ -13,17 +13,24 @@ recipes=("${emulator[@]}" "$2" --helper "$3")
 socket=${TESMIR_LAB_SOCKET:?run it through scripts/radio-lab.sh run}
 failures=0
 
+judge() {  # description what-was-seen command...: passes when the command succeeds
+    local what=$1 seen=$2
+    shift 2
+    if "$@"; then
+        echo "ok: $what"
+    else
+        echo "FAIL: $what: $seen"
+        failures=$((failures + 1))
+    fi
+}
+
 expect() {  # description expected-exit expected-stdout-regex command...
-    local what=$1 code=$2 pattern=$3 out rc
+    local what=$1 code=$2 pattern=$3 out rc matched=no
     shift 3
     out=$("$@" 2>/dev/null)
     rc=$?
-    if [ "$rc" -ne "$code" ] || ! grep -qE -- "$pattern" <<<"$out"; then
-        echo "FAIL: $what: exit $rc (want $code), output: $out"
-        failures=$((failures + 1))
-    else
-        echo "ok: $what"
-    fi
+    grep -qE -- "$pattern" <<<"$out" && matched=yes
+    judge "$what" "exit $rc (want $code), output: $out" test "$rc" -eq "$code" -a "$matched" = yes
 }
 
 expect "bad mask" 64 '^$' "${wpacli[@]}" -m 0xzz -p "$socket" PING
@@ -68,12 +75,9 @@ expect "the supplicant's limit: 8193 bytes" 0 '^no reply$' reply_to 8193
 expect "a command of 8192 bytes is sent" 4 '^UNKNOWNCOMMAND$' \
     "${wpacli[@]}" -p "$socket" "$(head -c 8192 /dev/zero | tr '\0' P)"
 long=$("${wpacli[@]}" -p "$socket" "$(head -c 8193 /dev/zero | tr '\0' P)" 2>&1 >/dev/null)
-if [ $? -ne 64 ] || [ "${#long}" -gt 200 ]; then
-    echo "FAIL: a command of 8193 bytes: want exit 64 and a short message, got: ${long:0:300}"
-    failures=$((failures + 1))
-else
-    echo "ok: a command of 8193 bytes is refused, its message short"
-fi
+status=$?
+judge "a command of 8193 bytes is refused (64), its message short" \
+    "exit $status, said: ${long:0:300}" test "$status" -eq 64 -a "${#long}" -le 200
 
 expect "tesmir-wpacli --help" 0 '^usage: tesmir-wpacli ' "${wpacli[@]}" --help
 expect "tesmir-recipes --help" 0 '^usage: tesmir-recipes ' "${emulator[@]}" "$2" --help
@@ -92,20 +96,20 @@ if [ "${#emulator[@]}" -eq 0 ]; then
     cp "$2" "$lone/"
     said=$("$lone/tesmir-recipes" "$socket" list 2>&1 >/dev/null)
     status=$?
-    if [ "$status" -ne 1 ] || ! grep -qF "cannot start the listing helper $lone/tesmir-list-helper: No such file or directory (--helper PATH" <<<"$said"; then
-        echo "FAIL: recipes: no helper beside the tool: exit $status (want 1), said: $said"
-        failures=$((failures + 1))
-    else
-        echo "ok: recipes: no helper beside the tool is told with the path tried"
-    fi
+    told=no
+    grep -qF "cannot start the listing helper $lone/tesmir-list-helper: No such file or directory \
+(--helper PATH" <<<"$said" && told=yes
+    judge "recipes: no helper beside the tool is told with the path tried (1)" \
+        "exit $status, said: $said" test "$status" -eq 1 -a "$told" = yes
     rm -rf "$lone"
 fi
 expect "recipes: list in process" 0 '^02:00:00:00:02:00 2437 -[0-9]+ \[WPA2-PSK-CCMP\]\[ESS\] tesmir$' \
     "${recipes[@]}" --in-process "$socket" list
-expect "recipes: list, three times, the first starting the helper" 0 \
-    '^run 1: ok bss=[0-9]+ helpers=1 ended=0 hung=0 failed=0$' "${recipes[@]}" --repeat 3 "$socket" list
-expect "recipes: list, three times, the kept helper listing again" 0 \
-    '^run 3: ok bss=[0-9]+ helpers=0 ended=0 hung=0 failed=0$' "${recipes[@]}" --repeat 3 "$socket" list
+runs=$("${recipes[@]}" --repeat 3 "$socket" list 2>/dev/null)
+started=$(sed -n 's/^run [1-3]: ok bss=[0-9]* helpers=\([0-9]*\) ended=0 hung=0 failed=0$/\1/p' \
+    <<<"$runs" | tr -d '\n')
+judge "recipes: list three times, the first starting the helper, the others asking it again" \
+    "$runs" test "$started" = 100
 # The helper's life is its host's: killed, the host leaves no helper and no client socket.
 "${recipes[@]}" --repeat 100000 "$socket" list >/dev/null 2>&1 &
 host=$!
@@ -116,12 +120,8 @@ wait "$host" 2>/dev/null
 rm -f /tmp/wpa_ctrl_"$host"-*  # the host's own, which only a clean exit removes
 for _ in $(seq 100); do pgrep -f -- '--serve' >/dev/null || break; sleep 0.1; done
 left=$(pgrep -f -- '--serve'; ls /tmp | grep "^wpa_ctrl_$helper-")
-if [ -z "$helper" ] || [ -n "$left" ]; then
-    echo "FAIL: a host killed left its helper ($helper) or the helper's client sockets: $left"
-    failures=$((failures + 1))
-else
-    echo "ok: a host killed leaves no helper and no client socket"
-fi
+judge "a host killed leaves no helper and no client socket" "helper $helper, left: $left" \
+    test -n "$helper" -a -z "$left"
 expect "recipes: an unknown option" 64 '^$' "${recipes[@]}" "$socket" list --anything
 expect "recipes: an argument too many" 64 '^$' "${recipes[@]}" "$socket" list extra
 expect "recipes: a repeat that is no count" 64 '^$' "${recipes[@]}" --repeat 0 "$socket" list

@@ -190,13 +190,84 @@ bool SsidCanBe(const Bss& bss, const std::string& ssid);
 // escape cut at its end stays as it is.
 std::string DecodeSsid(const std::string& printed);
 
-enum class Security { kOpen, kWpa2Psk, kWpa3Sae };
+// How a network is secured. kOwe: Opportunistic Wireless Encryption (PMF required). kEap:
+// 802.1X with the EAP method and credentials given as fields (NetworkField); WPA3-Enterprise is
+// kEap with key_mgmt WPA-EAP-SHA256 and ieee80211w 2. Suite B-192 and EAP-SIM/AKA (a SIM on the
+// device) are not covered.
+enum class Security { kOpen, kWpa2Psk, kWpa3Sae, kOwe, kEap };
 
 // Adds a network and connects to it, narrowing the scan to |freqs| when given ("2412 2437").
 // Returns the BSSID connected to in |bssid|. The network stays configured. The passphrase goes
 // in a SET_NETWORK command, which the library logs verbatim at mask 0x04 (TesmirLogLevel.h).
 bool Connect(WpacliWrapper& client, const std::string& ssid, Security security,
              const std::string& passphrase, const std::string& freqs, std::string* bssid);
+
+// A network field by the supplicant's own name (wpa_supplicant.conf's) and its value, byte for
+// byte. IsConnectField() tells which Connect() takes: eap, identity, anonymous_identity,
+// password, phase1, phase2, ca_cert, ca_path, domain_suffix_match, domain_match,
+// altsubject_match, subject_match, client_cert, private_key, private_key_passwd, scan_ssid,
+// key_mgmt, ieee80211w and proactive_key_caching. Text fields go in hex, so that a value may hold
+// quotes or any other byte; the rest (eap, scan_ssid, key_mgmt, ieee80211w,
+// proactive_key_caching) go as they are, in the supplicant's words ("PEAP TTLS", "1").
+// Certificates and keys are files the supplicant can read: on a device, where they go is in
+// docs/DEVICE.md; keystore:// names the framework's keystore, which a vendor host cannot fill.
+struct NetworkField {
+    std::string name;
+    std::string value;
+};
+bool IsConnectField(const std::string& name);
+
+// How a connect ended, each from the supplicant's own events; a failure is never taken for a
+// success (CTRL-EVENT-EAP-SUCCESS is no connection: after a PSK, SAE or OWE handshake the
+// supplicant sends one "based on lower layer success").
+enum class ConnectOutcome {
+    kConnected,
+    // The credentials were refused: a wrong passphrase (SSID-TEMP-DISABLED), or the EAP server's
+    // MSCHAPv2 failure (a wrong password and an unknown identity look the same).
+    kRejectedCredentials,
+    // The station refused the server's certificate: ConnectResult::certReason and certDepth.
+    kRejectedServerCertificate,
+    // The supplicant asks for a field it lacks (CTRL-REQ-<FIELD>): ConnectResult::field. It
+    // waits for the answer; the network stays selected.
+    kAsksFor,
+    // A scan did not find the network: hidden networks need scan_ssid 1. The supplicant goes on
+    // scanning for it.
+    kNotFound,
+    kTimedOut,  // none of these within the time given
+    // A call failed, or the supplicant refused a field (ConnectResult::field) or disabled the
+    // network for another reason.
+    kFailed,
+    // The EAP exchange failed, and the event that tells why did not reach the wait: it comes in
+    // the middle of a run of events, which a call ends on before the run is over and whose rest
+    // its detach drops (docs/RECIPES.md, "Connecting": how often, measured).
+    kRejected,
+};
+
+struct ConnectResult {
+    ConnectOutcome outcome = ConnectOutcome::kFailed;
+    // The network added, configured whatever the outcome; -1 if none. After a rejection it is
+    // disabled, or the supplicant would try the same credentials again and again, which locks
+    // accounts on many servers.
+    int networkId = -1;
+    std::string bssid;  // kConnected: the BSSID connected to
+    // kRejectedServerCertificate: CTRL-EVENT-EAP-TLS-CERT-ERROR's reason (1 unknown CA, 4
+    // expired, 9 domain mismatch; tls.h's enum tls_fail_reason) and the certificate's depth in
+    // the chain (0 the server's own); -1 when a shorter event before it in the same call cut
+    // them off.
+    int certReason = -1;
+    int certDepth = -1;
+    // kAsksFor: the network field asked for ("identity", "password", "private_key_passwd"; else
+    // the supplicant's name in lower case). kFailed: the field the supplicant refused, if any.
+    std::string field;
+};
+
+// Connect() with fields and an outcome: true only when connected. The wait for an outcome lasts
+// up to |seconds|. Which fields each kind of security needs, and what each outcome costs:
+// docs/RECIPES.md, "Connecting". Every field goes in a SET_NETWORK command, which the library
+// logs verbatim at mask 0x04 (TesmirLogLevel.h): passwords and key passphrases included.
+bool Connect(WpacliWrapper& client, const std::string& ssid, Security security,
+             const std::string& passphrase, const std::vector<NetworkField>& fields,
+             const std::string& freqs, ConnectResult* result, int seconds = 30);
 
 // The BSSID of the current association, from the first line of STATUS; false when there is none.
 bool CurrentBssid(WpacliWrapper& client, std::string* bssid);
@@ -226,6 +297,47 @@ bool WaitForLinkLoss(WpacliWrapper& client, int seconds, int* reason);
 
 // Removes every configured network, which also disconnects.
 bool Forget(WpacliWrapper& client);
+
+// A network of the supplicant's configuration, as its one-row LIST_NETWORKS replies hold it. On
+// a device the framework removes the supplicant's networks when it connects elsewhere: keep the
+// host's own record of what it configured, and read this one to learn what is left of it.
+struct ConfiguredNetwork {
+    int id = -1;
+    // Its bytes, less every space (0x20): the library removes them from each reply, and no reply
+    // gives an SSID in hex when all its bytes are printable. Compare with SsidCanBe().
+    std::string ssid;
+    bool ssidWhole = false;  // false when only the first bytes could be read
+    // The flags the row held, of "[CURRENT]", "[DISABLED]", "[TEMP-DISABLED]" and
+    // "[P2P-PERSISTENT]" in that order: a flag read is so. The 63-byte reply holds them only for
+    // short SSIDs, about 12 bytes: those of a longer one are cut off, and one not read is unknown
+    // unless |flagsWhole|, which only a next row in the same reply can tell.
+    std::string flags;
+    bool flagsWhole = false;
+};
+
+// The configured networks in id order, a query for each and one more for an SSID its row cuts.
+// A network removed while they are read is left out, one added is listed when its id comes
+// later. What cannot be read back: the SSID's spaces, the flags of most rows (above), and
+// the priority (GET_NETWORK's reply has no line feed: the cut takes its last digit).
+bool ListConfiguredNetworks(WpacliWrapper& client, std::vector<ConfiguredNetwork>* networks);
+
+// Whether |ssid| can be the configured network's SSID: equal but for spaces when whole, else the
+// same beginning.
+bool SsidCanBe(const ConfiguredNetwork& network, const std::string& ssid);
+
+// ENABLE_NETWORK, DISABLE_NETWORK and REMOVE_NETWORK of one network; false (FAIL) for an id that
+// is not configured. Enabling lets the supplicant connect to it; removing the current network
+// disconnects.
+bool EnableNetwork(WpacliWrapper& client, int id);
+bool DisableNetwork(WpacliWrapper& client, int id);
+bool RemoveNetwork(WpacliWrapper& client, int id);
+
+// The network's priority: among networks in reach, the supplicant picks from the highest.
+bool SetPriority(WpacliWrapper& client, int id, int priority);
+
+// Writes the configuration to the supplicant's file; false unless the supplicant runs with
+// update_config=1 and may write it (a device's framework saves through its own interface).
+bool SaveConfig(WpacliWrapper& client);
 
 // After Wi-Fi was turned off (the supplicant ends: every call returns -1), opens |client| on
 // |socket| again once the supplicant is back and answers, trying for up to |seconds|.

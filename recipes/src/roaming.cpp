@@ -9,12 +9,13 @@
 namespace tesmir::recipes {
 
 bool Roam(WpacliWrapper& client, const std::string& bssid) {
-    const auto there = [&client, &bssid] {
+    Completion completion;
+    completion.bssid = bssid;
+    completion.happened = [&client, &bssid] {
         std::string now;
         return CurrentBssid(client, &now) && now == bssid;
     };
-    return Command(client, "ROAM " + bssid) &&
-           AwaitCompleted(client, bssid, -1, "", there, nullptr);
+    return Command(client, "ROAM " + bssid) && AwaitCompleted(client, completion, nullptr);
 }
 
 }  // namespace tesmir::recipes

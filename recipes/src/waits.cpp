@@ -26,11 +26,6 @@ constexpr const char* kConnectedEvent = "CTRL-EVENT-CONNECTED - ";
 constexpr const char* kDisconnectedEvent = "CTRL-EVENT-DISCONNECTED bssid=";
 constexpr const char* kCutBeforeMac = "[ A-Za-z]{0,14}[0-9a-f:]{0,16}$";
 
-// From associating (5) to the group handshake (8): a connection can complete at any moment.
-constexpr int kAssociating = 5;
-bool Settling(int state) {
-    return state >= kAssociating && state < kCompleted;
-}
 // How a wait asks a settling station's state: a few milliseconds apart, which the last steps of
 // a connection take between them, and at most this often in one wait, which a wrong passphrase
 // (the station in the handshake for seconds) reaches; then it waits on PING.
@@ -78,15 +73,16 @@ std::function<bool()> HeldAssociation(WpacliWrapper& client) {
     };
 }
 
-bool AwaitCompleted(WpacliWrapper& client, const std::string& bssid, int id,
-                    const std::string& failure, std::function<bool()> happened,
-                    std::string* connected, std::string* failed) {
+bool AwaitCompleted(WpacliWrapper& client, const Completion& completion, std::string* connected) {
+    const std::string& bssid = completion.bssid;
+    const int id = completion.id;
     const std::string ids = id < 0 ? "-?[0-9]+" : std::to_string(id);
     Wait wait;
     wait.pattern = CompletedPattern(bssid, ids);
-    if (!failure.empty()) wait.pattern += "|" + EventPattern(failure);
+    if (!completion.failure.empty()) wait.pattern += "|" + EventPattern(completion.failure);
     wait.askState = true;
-    wait.happened = std::move(happened);
+    wait.happened = completion.happened;
+    wait.seconds = completion.seconds;
     std::string found;
     wait.judge = [&](const std::string& event) {
         State state;
@@ -97,15 +93,14 @@ bool AwaitCompleted(WpacliWrapper& client, const std::string& bssid, int id,
             found = state.bssid;
             return Verdict::kDone;
         }
-        return !failure.empty() && Matches(event, failure) ? Verdict::kFailed : Verdict::kNotYet;
+        if (completion.failure.empty() || !Matches(event, completion.failure)) {
+            return Verdict::kNotYet;
+        }
+        return completion.onFailure ? completion.onFailure(event) : Verdict::kFailed;
     };
     // The state first: a connection to a known access point can complete between the command's
     // call and the wait's first.
-    std::string last;
-    if (!Await(client, "STATUS", wait, &last)) {
-        if (failed != nullptr && !failure.empty() && Matches(last, failure)) *failed = last;
-        return false;
-    }
+    if (!AwaitSettling(client, "STATUS", wait, completion, nullptr)) return false;
     if (!found.empty()) {
         if (connected != nullptr) *connected = found;
         return true;
@@ -197,6 +192,13 @@ bool QueryState(WpacliWrapper& client, State* state) {
 
 bool Await(WpacliWrapper& client, const std::string& command, const Wait& wait,
            std::string* event) {
+    return AwaitSettling(client, command, wait, Completion(), event);
+}
+
+bool AwaitSettling(WpacliWrapper& client, const std::string& command, const Wait& wait,
+                   const Completion& settling, std::string* event) {
+    const std::regex noStateAfter(
+            settling.noStateAfter.empty() ? "$^" : EventPattern(settling.noStateAfter));
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(wait.seconds);
     // Whether this supplicant sends its state as events: a build as devices build it.
     bool sendsState = false;
@@ -208,6 +210,7 @@ bool Await(WpacliWrapper& client, const std::string& command, const Wait& wait,
     for (;;) {
         // Each call hands back the first event that matches, or the last one it examined.
         const int32_t status = client.Execute(next, wait.pattern, response, true);
+        bool quiet = false;  // the next call waits for an event, whatever the state
         if (status != 0 && status != kNoEvent) return false;
         if (status == 0) {
             const Verdict verdict = wait.judge(response);
@@ -221,6 +224,7 @@ bool Await(WpacliWrapper& client, const std::string& command, const Wait& wait,
             const bool read = ParseState(response, &state);
             if (read) last = state.state;
             asked = next == "STATUS" && !read ? asked + 1 : 0;
+            quiet = std::regex_search(response, noStateAfter);
         } else if (!(sendsState && wait.askState) && wait.happened && wait.happened()) {
             if (event != nullptr) event->clear();
             return true;
@@ -228,14 +232,15 @@ bool Await(WpacliWrapper& client, const std::string& command, const Wait& wait,
         if (std::chrono::steady_clock::now() >= deadline) return false;
         const bool queried = next == "STATUS";
         next = "PING";
-        if (!wait.askState) continue;
+        if (!wait.askState || quiet) continue;
         if (!queried || (asked > 0 && asked < 3)) {
             // What this call did not see may have come between it and the next: ask the state
             // before waiting for another event. A device build answers at once; a desktop build
             // waits as PING does. Behind other events of the same call the state comes cut, or
             // not last: ask again.
             next = "STATUS";
-        } else if (sendsState && Settling(last) && spaced < kSpacedQueries) {
+        } else if (sendsState && last >= settling.settlingFrom && last < kCompleted &&
+                   spaced < kSpacedQueries) {
             // From association on, the flow's last events come within milliseconds of each other
             // with nothing after them: should they fall between this call and a PING, that PING
             // would wait 3 s. Ask the state again a little later instead.

@@ -25,12 +25,33 @@ bool Matches(const std::string& event, const std::string& name);
 // the station has stayed associated through two periods of 3 s without events.
 std::function<bool()> HeldAssociation(WpacliWrapper& client);
 
-// Waits for the station to complete a connection, to |bssid| when given, on the network |id|
-// (any when negative); on an event that |failure| (a pattern of EventPattern's) matches it gives
-// up and puts that event in |failed|. Puts the BSSID in |connected|.
-bool AwaitCompleted(WpacliWrapper& client, const std::string& bssid, int id,
-                    const std::string& failure, std::function<bool()> happened,
-                    std::string* connected, std::string* failed = nullptr);
+// What a wait for a completed connection awaits, and what else may end it.
+struct Completion {
+    std::string bssid;  // the BSSID to complete to; any when empty
+    int id = -1;        // the network's id; any when negative
+    // Events (a pattern of EventPattern's) that go to |onFailure|, which may end the wait
+    // (kFailed) or let it go on; without one, they end it.
+    std::string failure;
+    std::function<Verdict(const std::string&)> onFailure;
+    std::function<bool()> happened;  // Wait::happened
+    int seconds = 30;
+    // The state from which the connection may complete at any moment (wpa_states): then the
+    // state is asked again a few milliseconds apart. From associating (5) for a handshake with a
+    // key the station holds; for 802.1X from the 4-way handshake (7): the EAP exchange before it
+    // takes round trips whose events would fall between those queries.
+    int settlingFrom = 5;
+    // Events after which the state is not asked (a pattern of EventPattern's): those of an
+    // exchange whose outcome comes as an event, which the state query's call would add a gap to
+    // lose it in.
+    std::string noStateAfter;
+};
+
+// Waits for the station to complete a connection; puts the BSSID in |connected|.
+bool AwaitCompleted(WpacliWrapper& client, const Completion& completion, std::string* connected);
+
+// Await() with Completion's settlingFrom and noStateAfter.
+bool AwaitSettling(WpacliWrapper& client, const std::string& command, const Wait& wait,
+                   const Completion& settling, std::string* event);
 
 // Sends |command| in waiting mode and waits up to |seconds| for the station to be disconnected:
 // its DISCONNECTED event, whose reason code goes to |reason| when the event holds it (else 0),

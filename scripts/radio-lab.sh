@@ -13,7 +13,8 @@
 #   radio-lab.sh run [-t SECONDS] [-s BUILD] [-c CLOCK] [-a LAYOUT] -- COMMAND...
 #       boots the lab and runs COMMAND inside it, in this directory and environment, plus
 #       TESMIR_LAB_DIR, TESMIR_LAB_SOCKET (the station's control socket), TESMIR_LAB_BUILD,
-#       TESMIR_LAB_CLOCK and TESMIR_LAB_APS (as chosen), TESMIR_LAB_WIFI (radio-lab/wifi.sh) and
+#       TESMIR_LAB_CLOCK and TESMIR_LAB_APS (as chosen), TESMIR_LAB_CERTS (radio-lab/certs.sh's
+#       certificates, made for this run), TESMIR_LAB_WIFI (radio-lab/wifi.sh) and
 #       TESMIR_LAB_CHURN (radio-lab/churn.sh); prints what it prints and exits with its status. 77: the lab cannot start here. 124:
 #       COMMAND ran past SECONDS (default 600) and the kernel was ended. Nothing is left running.
 #       BUILD, the station's wpa_supplicant (default: $TESMIR_SUPPLICANT, else device):
@@ -21,7 +22,8 @@
 #                   (radio-lab/supplicant.sh): STATE-CHANGE events, events on STATUS
 #         desktop   Debian's wpasupplicant package, as installed
 #         PATH      a binary of your own, such as a host build of your tree's supplicant
-#       LAYOUT, the access points (radio-lab/aps.sh): standard (default), hostile, crowd
+#       LAYOUT, the access points (radio-lab/aps.sh): standard (default), hostile, enterprise,
+#       crowd
 #       CLOCK (default: $TESMIR_LAB_CLOCK, else simulated):
 #         simulated the kernel's time-travel clock: time passes only while all wait, so runs are
 #                   fast and do not depend on the machine's load; the gaps between a host's calls
@@ -86,6 +88,7 @@ run() {  # seconds build clock layout command...
     share=$(mktemp -d "$build/run.XXXXXX")
     # shellcheck disable=SC2064 # the path is fixed now
     trap "rm -rf '$share'" EXIT
+    "$here/radio-lab/certs.sh" "$share/certs"
     {
         # The lab's own variables are set inside; a caller's (another lab's) must not hide them.
         export -p | grep -v -E '^declare -x (OLDPWD|PWD|SHLVL|_|TESMIR_LAB_[A-Z_]+)='

@@ -11,6 +11,15 @@
 #             wlan1 and wlan2 "CTRL-EVENT-CONNECTED" (channels 1 and 6, to roam between);
 #             02:00:00:00:01:01 'x" state=9 BSSID=1'; 02:00:00:00:02:01 'k=v "q" \ e';
 #             wlan3 the 32 bytes of UTF-8 below, channel 11; wlan4 "CTRL-EVENT-STATE-CHANGE state=9"
+#   enterprise  certificates from certs.sh ($certs), EAP users "tesmir-user" (PEAP and TTLS,
+#             password "tesmir-password"), "tesmir quoted" (TTLS-PAP, password pa"ss 'wörd")
+#             and any (TLS, with a client certificate of ca.pem):
+#             wlan1 "tesmir-eap" WPA2-Enterprise, channel 1; 02:00:00:00:01:01 "tesmir-eap-expired",
+#             its server certificate expired; wlan2 "tesmir-eap3" WPA3-Enterprise (WPA-EAP-SHA256,
+#             PMF), channel 6; 02:00:00:00:02:01 "CTRL-EVENT-CONNECTED - Connectio", its server
+#             certificate of ca2.pem with a subject that reads like an EAP success; wlan3
+#             "tesmir-hidden" WPA2-PSK, hidden, channel 11; 02:00:00:00:03:01 "tesmir-owe" OWE;
+#             wlan4 "tesmir-eap-silent", channel 11, whose RADIUS server never answers
 #   crowd     24 BSSes: "tesmir" on wlan1 and wlan2 with seven WPA2 networks "crowd-N-M" beside
 #             each, and eight open ones on wlan3 (channel 11), which churn.sh takes away and back
 
@@ -37,6 +46,10 @@ bss() {
         "ssid2=$(hex_of "$3")" "${@:4}" >>"$conf"
 }
 
+eap=(ieee8021x=1 eap_server=1 "eap_user_file=$lab/eap_users" "ca_cert=$certs/ca.pem"
+    "server_cert=$certs/server.pem" "private_key=$certs/server.key" wpa=2 wpa_key_mgmt=WPA-EAP
+    rsn_pairwise=CCMP)
+
 case ${TESMIR_LAB_APS:-standard} in
 standard)
     aps=(wlan1 wlan2 wlan3 wlan4)
@@ -51,6 +64,24 @@ hostile)
         "$(ap wlan4 11 "CTRL-EVENT-STATE-CHANGE state=9" "${psk[@]}")")
     bss "${confs[0]}" 1 'x" state=9 BSSID=1' "${psk[@]}"
     bss "${confs[1]}" 1 'k=v "q" \ e' "${psk[@]}"
+    ;;
+enterprise)
+    # The second user's password, in hex: pa"ss 'wörd"
+    printf '%s\n' '* PEAP,TTLS,TLS' \
+        '"tesmir-user" MSCHAPV2,TTLS-MSCHAPV2,TTLS-PAP "tesmir-password" [2]' \
+        "\"tesmir quoted\" TTLS-PAP $(hex_of "pa\"ss 'wörd\"") [2]" >"$lab/eap_users"
+    aps=(wlan1 wlan2 wlan3 wlan4)
+    confs=("$(ap wlan1 1 tesmir-eap "${eap[@]}")"
+        "$(ap wlan2 6 tesmir-eap3 "${eap[@]}" wpa_key_mgmt=WPA-EAP-SHA256 ieee80211w=2)"
+        "$(ap wlan3 11 tesmir-hidden "${psk[@]}" ignore_broadcast_ssid=1)"
+        "$(ap wlan4 11 tesmir-eap-silent ieee8021x=1 own_ip_addr=127.0.0.1 \
+            auth_server_addr=127.0.0.1 auth_server_port=1812 auth_server_shared_secret=tesmir \
+            wpa=2 wpa_key_mgmt=WPA-EAP rsn_pairwise=CCMP)")
+    bss "${confs[0]}" 1 tesmir-eap-expired "${eap[@]}" "server_cert=$certs/expired.pem" \
+        "private_key=$certs/expired.key"
+    bss "${confs[1]}" 1 "CTRL-EVENT-CONNECTED - Connectio" "${eap[@]}" \
+        "server_cert=$certs/other.pem" "private_key=$certs/other.key"
+    bss "${confs[2]}" 1 tesmir-owe wpa=2 wpa_key_mgmt=OWE rsn_pairwise=CCMP ieee80211w=2
     ;;
 crowd)
     aps=(wlan1 wlan2 wlan3)

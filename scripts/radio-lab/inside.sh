@@ -47,6 +47,7 @@ mount -t hostfs none "$share" -o "$share"
 . "$TESMIR_ROOT/scripts/lab-lib.sh"
 lab=/run/lab
 mkdir -p "$lab"
+certs=$share/certs
 ip link set lo up
 
 # shellcheck source=scripts/radio-lab/aps.sh
@@ -63,7 +64,7 @@ done
 export TESMIR_LAB_DIR=$lab
 "$TESMIR_ROOT/scripts/radio-lab/wifi.sh" on || finish 1
 
-export TESMIR_LAB_SOCKET=$lab/ctrl/wlan0 TESMIR_LAB_WIFI=$TESMIR_ROOT/scripts/radio-lab/wifi.sh \
+export TESMIR_LAB_CERTS=$certs TESMIR_LAB_SOCKET=$lab/ctrl/wlan0 TESMIR_LAB_WIFI=$TESMIR_ROOT/scripts/radio-lab/wifi.sh \
     TESMIR_LAB_CHURN=$TESMIR_ROOT/scripts/radio-lab/churn.sh
 bash "$share/job" </dev/null
 finish $?

@@ -163,6 +163,37 @@ TEST_F(RadioTest, state_and_signal_of_the_link) {
     EXPECT_TRUE(Has(Direct("LIST_NETWORKS"), "[CURRENT]"));
 }
 
+// The supplicant's configuration read back, changed, and what a reply cannot give back.
+TEST_F(RadioTest, configured_networks_round_trip) {
+    ASSERT_TRUE(
+            recipes::Connect(*client_, "tesmir", Security::kWpa2Psk, kPassphrase, "2412", nullptr));
+    const std::string spaced = "a network name that its row cuts";
+    std::string id;
+    ASSERT_TRUE(recipes::Command(*client_, "ADD_NETWORK", &id));
+    ASSERT_TRUE(recipes::Command(*client_, "SET_NETWORK " + id + " ssid \"" + spaced + "\""));
+    std::vector<recipes::ConfiguredNetwork> networks;
+    ASSERT_TRUE(recipes::ListConfiguredNetworks(*client_, &networks));
+    ASSERT_EQ(2u, networks.size());
+    EXPECT_EQ("tesmir", networks[0].ssid);
+    EXPECT_EQ("[CURRENT]", networks[0].flags);
+    EXPECT_TRUE(recipes::SsidCanBe(networks[1], spaced));
+    EXPECT_EQ("", networks[1].flags);  // [DISABLED], cut off
+    EXPECT_FALSE(networks[1].flagsWhole);
+
+    EXPECT_TRUE(recipes::SetPriority(*client_, networks[0].id, 5));
+    EXPECT_TRUE(recipes::DisableNetwork(*client_, networks[0].id));
+    EXPECT_FALSE(recipes::CurrentBssid(*client_, nullptr));
+    ASSERT_TRUE(recipes::ListConfiguredNetworks(*client_, &networks));
+    EXPECT_EQ("[DISABLED]", networks[0].flags);
+    EXPECT_TRUE(recipes::EnableNetwork(*client_, networks[0].id));
+    EXPECT_TRUE(WaitConnected());
+    EXPECT_TRUE(recipes::RemoveNetwork(*client_, networks[1].id));
+    EXPECT_FALSE(recipes::RemoveNetwork(*client_, networks[1].id));
+    EXPECT_FALSE(recipes::SaveConfig(*client_));  // the lab runs without update_config
+    ASSERT_TRUE(recipes::ListConfiguredNetworks(*client_, &networks));
+    EXPECT_EQ(1u, networks.size());
+}
+
 TEST_F(RadioTest, disconnect_and_reconnect) {
     ASSERT_TRUE(
             recipes::Connect(*client_, "tesmir", Security::kWpa2Psk, kPassphrase, "2412", nullptr));

@@ -11,27 +11,8 @@ emulator=(${4:-})
 wpacli=("${emulator[@]}" "$1")
 recipes=("${emulator[@]}" "$2" --helper "$3")
 socket=${TESMIR_LAB_SOCKET:?run it through scripts/radio-lab.sh run}
-failures=0
-
-judge() {  # description what-was-seen command...: passes when the command succeeds
-    local what=$1 seen=$2
-    shift 2
-    if "$@"; then
-        echo "ok: $what"
-    else
-        echo "FAIL: $what: $seen"
-        failures=$((failures + 1))
-    fi
-}
-
-expect() {  # description expected-exit expected-stdout-regex command...
-    local what=$1 code=$2 pattern=$3 out rc matched=no
-    shift 3
-    out=$("$@" 2>/dev/null)
-    rc=$?
-    grep -qE -- "$pattern" <<<"$out" && matched=yes
-    judge "$what" "exit $rc (want $code), output: $out" test "$rc" -eq "$code" -a "$matched" = yes
-}
+# shellcheck source=tests/tools/tools_lib.sh
+. "$(dirname "$0")/tools_lib.sh"
 
 expect "bad mask" 64 '^$' "${wpacli[@]}" -m 0xzz -p "$socket" PING
 expect "keys without waiting mode" 64 '^$' "${wpacli[@]}" -p "$socket" -k x PING
@@ -129,6 +110,19 @@ expect "recipes: connect" 0 '^bssid=02:00:00:00:01:00 freq=2412 rssi=-[0-9]+ lin
     "${recipes[@]}" "$socket" connect tesmir psk tesmir-passphrase 2412
 expect "recipes: open network" 0 '^bssid=02:00:00:00:04:00 freq=2462 ' \
     "${recipes[@]}" "$socket" connect tesmir-open open 2462
+# The configured networks, as the connects above left them: "tesmir-open" current.
+expect "recipes: networks" 0 '^1 \[CURRENT\]\? tesmir-open$' "${recipes[@]}" "$socket" networks
+expect "recipes: disable" 0 '^$' "${recipes[@]}" "$socket" disable 1
+expect "recipes: networks, one disabled" 0 '^1 \[DISABLED\]\? tesmir-open$' \
+    "${recipes[@]}" "$socket" networks
+expect "recipes: enable" 0 '^$' "${recipes[@]}" "$socket" enable 1
+expect "recipes: priority" 0 '^$' "${recipes[@]}" "$socket" priority 0 5
+expect "recipes: remove" 0 '^$' "${recipes[@]}" "$socket" remove 0
+expect "recipes: remove what is gone" 1 '^$' "${recipes[@]}" "$socket" remove 0
+expect "recipes: save without update_config" 1 '^$' "${recipes[@]}" "$socket" save
+expect "recipes: an id that is no number" 64 '^$' "${recipes[@]}" "$socket" enable one
+expect "recipes: a connect field of no such name" 64 '^$' \
+    "${recipes[@]}" "$socket" connect tesmir eap eap=PEAP pasword=x
 expect "recipes: disconnect" 0 '^$' "${recipes[@]}" "$socket" disconnect
 expect "recipes: status when not associated" 1 '^$' "${recipes[@]}" "$socket" status
 expect "recipes: one run of several failing" 1 '^run 2: failed$' \

@@ -20,6 +20,8 @@
 namespace tesmir::recipes {
 namespace {
 
+constexpr int kScanning = 3;
+constexpr int kAssociated = 6;
 constexpr int kFourWayHandshake = 7;
 
 // The fields Connect() takes, and whether each is text, which goes in hex.
@@ -113,7 +115,8 @@ std::vector<Setting> SecuritySettings(const std::string& ssid, Security security
 std::string OutcomePattern(const std::string& id) {
     return "(CTRL-EVENT-SSID-TEMP-DISABLED id=" + id +
            " |CTRL-EVENT-EAP-(FAILURE|TLS-CERT-ERROR) |CTRL-REQ-[A-Z_]+-" + id +
-           ":|CTRL-EVENT-NETWORK-NOT-F|EAP-MSCHAPV2: failure message: )";
+           ":|CTRL-EVENT-NETWORK-NOT-F|EAP-MSCHAPV2: failure message: |CTRL-EVENT-DISCONNECTED "
+           "bssid=[0-9a-f:]{17} reason=23( |$))";
 }
 
 // The network field a CTRL-REQ-<FIELD> asks for (wpa_supplicant's eap_ctrl_req types).
@@ -150,6 +153,8 @@ Verdict JudgeOutcome(const std::string& event, Security security, ConnectResult*
     static const std::regex kNotFound(EventPattern("CTRL-EVENT-NETWORK-NOT-F"));
     static const std::regex kMschapFailure(EventPattern("EAP-MSCHAPV2: failure message: "));
     static const std::regex kEapFailure(EventPattern("CTRL-EVENT-EAP-FAILURE "));
+    // Reason 23: IEEE 802.1X authentication failed.
+    static const std::regex kAuthFailed(EventPattern("CTRL-EVENT-DISCONNECTED "));
     std::smatch match;
     if (std::regex_search(event, kCertError)) {
         result->outcome = ConnectOutcome::kRejectedServerCertificate;
@@ -165,7 +170,7 @@ Verdict JudgeOutcome(const std::string& event, Security security, ConnectResult*
     } else if (std::regex_search(event, kMschapFailure)) {
         // The server's answer to the password, once the station took its certificate.
         result->outcome = ConnectOutcome::kRejectedCredentials;
-    } else if (std::regex_search(event, kEapFailure)) {
+    } else if (std::regex_search(event, kEapFailure) || std::regex_search(event, kAuthFailed)) {
         // Why is told by an event before it, from which a call may have detached.
         result->outcome = ConnectOutcome::kRejected;
     } else {
@@ -251,6 +256,13 @@ bool Connect(WpacliWrapper& client, const std::string& ssid, Security security,
     }
     completion.seconds = seconds;
     if (security == Security::kEap) {
+        // Associated, then back to scanning or below: the exchange failed, its events lost.
+        completion.onState = [result, associated = false](const State& state) mutable {
+            associated = associated || state.state >= kAssociated;
+            if (!associated || state.state > kScanning) return Verdict::kNotYet;
+            result->outcome = ConnectOutcome::kRejected;
+            return Verdict::kFailed;
+        };
         // The outcome comes as an event, which a call's detach drops should it come between two
         // calls: no state query may add a call before it. The state is asked only after 3 s
         // without events, and a few milliseconds apart once the EAP exchange is over.

@@ -86,13 +86,14 @@ bool AwaitCompleted(WpacliWrapper& client, const Completion& completion, std::st
     std::string found;
     wait.judge = [&](const std::string& event) {
         State state;
+        const bool read = ParseState(event, &state);
         // A BSSID the event no longer holds is checked below, with STATUS.
-        if (ParseState(event, &state) && state.state == kCompleted &&
-            (id < 0 || state.id == id || state.id == kIdCut) &&
+        if (read && state.state == kCompleted && (id < 0 || state.id == id || state.id == kIdCut) &&
             (bssid.empty() || state.bssid == bssid || state.bssid.empty())) {
             found = state.bssid;
             return Verdict::kDone;
         }
+        if (read && completion.onState) return completion.onState(state);
         if (completion.failure.empty() || !Matches(event, completion.failure)) {
             return Verdict::kNotYet;
         }

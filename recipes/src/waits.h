@@ -33,6 +33,9 @@ struct Completion {
     // (kFailed) or let it go on; without one, they end it.
     std::string failure;
     std::function<Verdict(const std::string&)> onFailure;
+    // Sees every other state read (EventPattern's "STATE-CHANGE" or STATUS on a device build),
+    // and may end the wait.
+    std::function<Verdict(const State&)> onState;
     std::function<bool()> happened;  // Wait::happened
     int seconds = 30;
     // The state from which the connection may complete at any moment (wpa_states): then the

@@ -101,7 +101,7 @@ TEST_F(NetworksTest, each_ssid_comes_as_far_as_a_reply_holds_it_and_flags_are_ne
     const std::string utf8 = "Caf\xc3\xa9 \xe2\x98\x95 long enough to be cut";
     table_[0] = {"a", "[DISABLED]"};
     table_[1] = {"b", ""};
-    table_[4] = {"k=v \"q\" \\", "[CURRENT]"};
+    table_[4] = {R"(k=v "q" \)", "[CURRENT]"};
     table_[7] = {printable32, "[DISABLED]"};
     table_[9] = {utf8, ""};
     table_[12] = {"x", "[CURRENT][TEMP-DISABLED]"};
@@ -117,7 +117,7 @@ TEST_F(NetworksTest, each_ssid_comes_as_far_as_a_reply_holds_it_and_flags_are_ne
     EXPECT_EQ(4, networks[2].id);
     EXPECT_EQ("k=v\"q\"\\", networks[2].ssid);
     EXPECT_TRUE(networks[2].ssidWhole);
-    EXPECT_TRUE(recipes::SsidCanBe(networks[2], "k=v \"q\" \\"));
+    EXPECT_TRUE(recipes::SsidCanBe(networks[2], R"(k=v "q" \)"));
     EXPECT_EQ("[CURRENT]", networks[2].flags);
 
     // Cut in its row, whole but for its spaces from GET_NETWORK; its flags are unknown.

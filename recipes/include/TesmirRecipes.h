@@ -223,7 +223,8 @@ bool IsConnectField(const std::string& name);
 enum class ConnectOutcome {
     kConnected,
     // The credentials were refused: a wrong passphrase (SSID-TEMP-DISABLED), or the EAP server's
-    // MSCHAPv2 failure (a wrong password and an unknown identity look the same).
+    // MSCHAPv2 failure, for a wrong password. An unknown identity, a wrong PAP password or a
+    // refused client certificate end in EAP-FAILURE alone: kRejected.
     kRejectedCredentials,
     // The station refused the server's certificate: ConnectResult::certReason and certDepth.
     kRejectedServerCertificate,

@@ -14,6 +14,7 @@
 
 #include "TesmirRecipes.h"
 #include "client_test_base.h"
+#include "hex.h"
 
 namespace recipes = tesmir::recipes;
 
@@ -46,14 +47,7 @@ std::string Printed(const std::string& ssid) {
 std::string Got(const std::string& ssid) {
     bool printable = true;
     for (unsigned char c : ssid) printable = printable && c >= 32 && c < 127;
-    if (printable) return "\"" + ssid + "\"";
-    std::string hex;
-    for (unsigned char c : ssid) {
-        char digits[3];
-        snprintf(digits, sizeof(digits), "%02x", c);
-        hex += digits;
-    }
-    return hex;
+    return printable ? "\"" + ssid + "\"" : tesmir::recipes::Hex(ssid);
 }
 
 class NetworksTest : public ClientTest {

@@ -256,9 +256,12 @@ bool Connect(WpacliWrapper& client, const std::string& ssid, Security security,
     }
     completion.seconds = seconds;
     if (security == Security::kEap) {
-        // Associated, then back to scanning or below: the exchange failed, its events lost.
+        // Associated to this network, then back to scanning or below: the exchange failed, its
+        // events lost. The state the supplicant falls to after a failure has no network (id -1);
+        // a state of another network, such as one this connect left, never counts as associated.
         completion.onState = [result, associated = false](const State& state) mutable {
-            associated = associated || state.state >= kAssociated;
+            associated =
+                    associated || (state.id == result->networkId && state.state >= kAssociated);
             if (!associated || state.state > kScanning) return Verdict::kNotYet;
             result->outcome = ConnectOutcome::kRejected;
             return Verdict::kFailed;

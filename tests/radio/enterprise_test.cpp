@@ -171,6 +171,16 @@ TEST_F(EnterpriseTest, hidden_networks_need_scan_ssid_and_owe_connects) {
     EXPECT_EQ("02:00:00:00:03:01", result.bssid);
 }
 
+// Leaving a network the station was connected to is no refusal of the one it goes to. (From a
+// network that left a PMKSA, OWE or EAP, a desktop build has no quiet fallback: docs/RECIPES.md.)
+TEST_F(EnterpriseTest, an_eap_connect_from_another_network_connects) {
+    recipes::ConnectResult result;
+    ASSERT_TRUE(recipes::Connect(*client_, "tesmir-hidden", Security::kWpa2Psk, kPassphrase,
+                                 {{"scan_ssid", "1"}}, kAllFreqs, &result));
+    std::vector<NetworkField> peap = Peap("tesmir-password");
+    EXPECT_EQ(ConnectOutcome::kConnected, Connect("tesmir-eap", Security::kEap, peap).outcome);
+}
+
 TEST_F(EnterpriseTest, a_server_that_never_answers_times_out) {
     const recipes::ConnectResult result =
             Connect("tesmir-eap-silent", Security::kEap, Peap("tesmir-password"), 10);

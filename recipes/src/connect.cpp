@@ -244,18 +244,16 @@ bool Connect(WpacliWrapper& client, const std::string& ssid, Security security,
     completion.onFailure = [security, result](const std::string& event) {
         return JudgeOutcome(event, security, result);
     };
+    completion.seconds = seconds;
     // Without the state as events, a connection held through two quiet periods counts as made.
-    // For EAP, a server that stopped answering holds the station associated too: there it takes
-    // a PMKSA, which only an EAP success adds, where none was held before.
     completion.happened = HeldAssociation(client);
     if (security == Security::kEap) {
+        // A server that stopped answering holds the station associated too: there it takes a
+        // PMKSA, which only an EAP success adds, where none was held before.
         completion.happened = [&client, pmksaBefore,
                                associated = HeldAssociation(client)]() mutable {
             return associated() && !pmksaBefore && HoldsPmksa(client);
         };
-    }
-    completion.seconds = seconds;
-    if (security == Security::kEap) {
         // Associated to this network, then back to scanning or below: the exchange failed, its
         // events lost. The state the supplicant falls to after a failure has no network (id -1);
         // a state of another network, such as one this connect left, never counts as associated.
@@ -267,10 +265,9 @@ bool Connect(WpacliWrapper& client, const std::string& ssid, Security security,
             return Verdict::kFailed;
         };
         // The outcome comes as an event, which a call's detach drops should it come between two
-        // calls: no state query may add a call before it. The state is asked only after 3 s
-        // without events, and a few milliseconds apart once the EAP exchange is over.
+        // calls: no state query may add a call before it.
         completion.settlingFrom = kFourWayHandshake;
-        completion.noStateAfter = ".";
+        completion.stateAfterEvents = false;
     }
     const auto start = std::chrono::steady_clock::now();
     if (AwaitCompleted(client, completion, &result->bssid)) {

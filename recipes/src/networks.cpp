@@ -3,11 +3,11 @@
 
 // The networks of the supplicant's configuration.
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
 #include "TesmirRecipes.h"
+#include "WpaStringUtils.h"
 #include "hex.h"
 #include "waits.h"
 
@@ -26,8 +26,9 @@ std::vector<std::string> Columns(const std::string& row) {
     return columns;
 }
 
+// What the library leaves of a text in a reply: every space removed.
 std::string WithoutSpaces(std::string text) {
-    text.erase(std::remove(text.begin(), text.end(), ' '), text.end());
+    WpaStringUtils::Strip(text, ' ');
     return text;
 }
 

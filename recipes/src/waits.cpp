@@ -198,8 +198,6 @@ bool Await(WpacliWrapper& client, const std::string& command, const Wait& wait,
 
 bool AwaitSettling(WpacliWrapper& client, const std::string& command, const Wait& wait,
                    const Completion& settling, std::string* event) {
-    const std::regex noStateAfter(
-            settling.noStateAfter.empty() ? "$^" : EventPattern(settling.noStateAfter));
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(wait.seconds);
     // Whether this supplicant sends its state as events: a build as devices build it.
     bool sendsState = false;
@@ -225,7 +223,7 @@ bool AwaitSettling(WpacliWrapper& client, const std::string& command, const Wait
             const bool read = ParseState(response, &state);
             if (read) last = state.state;
             asked = next == "STATUS" && !read ? asked + 1 : 0;
-            quiet = std::regex_search(response, noStateAfter);
+            quiet = !settling.stateAfterEvents;
         } else if (!(sendsState && wait.askState) && wait.happened && wait.happened()) {
             if (event != nullptr) event->clear();
             return true;

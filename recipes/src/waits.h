@@ -43,16 +43,16 @@ struct Completion {
     // key the station holds; for 802.1X from the 4-way handshake (7): the EAP exchange before it
     // takes round trips whose events would fall between those queries.
     int settlingFrom = 5;
-    // Events after which the state is not asked (a pattern of EventPattern's): those of an
-    // exchange whose outcome comes as an event, which the state query's call would add a gap to
-    // lose it in.
-    std::string noStateAfter;
+    // Whether an event that does not end the wait is followed by a state query. Not where the
+    // outcome comes as an event (EAP): the query's call is one gap more to lose it in; the state
+    // is then asked only after 3 s without events, and while settling.
+    bool stateAfterEvents = true;
 };
 
 // Waits for the station to complete a connection; puts the BSSID in |connected|.
 bool AwaitCompleted(WpacliWrapper& client, const Completion& completion, std::string* connected);
 
-// Await() with Completion's settlingFrom and noStateAfter.
+// Await() with Completion's settlingFrom and stateAfterEvents.
 bool AwaitSettling(WpacliWrapper& client, const std::string& command, const Wait& wait,
                    const Completion& settling, std::string* event);
 

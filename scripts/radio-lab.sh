@@ -23,7 +23,7 @@
 #         desktop   Debian's wpasupplicant package, as installed
 #         PATH      a binary of your own, such as a host build of your tree's supplicant
 #       LAYOUT, the access points (radio-lab/aps.sh): standard (default), hostile, enterprise,
-#       crowd
+#       roaming, crowd
 #       CLOCK (default: $TESMIR_LAB_CLOCK, else simulated):
 #         simulated the kernel's time-travel clock: time passes only while all wait, so runs are
 #                   fast and do not depend on the machine's load; the gaps between a host's calls

@@ -20,6 +20,11 @@
 #             certificate of ca2.pem with a subject that reads like an EAP success; wlan3
 #             "tesmir-hidden" WPA2-PSK, hidden, channel 11; 02:00:00:00:03:01 "tesmir-owe" OWE;
 #             wlan4 "tesmir-eap-silent", channel 11, whose RADIUS server never answers
+#   roaming   FT-PSK (mobility domains, keys derived from the passphrase at each AP), EAP as in
+#             enterprise: wlan1 and wlan2 "tesmir-ft", FT over the air, channels 1 and 6;
+#             wlan3 and wlan4 "tesmir-ft-ds", FT over the DS as well, channel 11;
+#             02:00:00:00:01:01 and 02:00:00:00:02:01 "tesmir-eap" WPA2-Enterprise (PMKSA caching);
+#             02:00:00:00:03:01 and 02:00:00:00:04:01 "tesmir-psk" WPA2-PSK without FT
 #   crowd     24 BSSes: "tesmir" on wlan1 and wlan2 with seven WPA2 networks "crowd-N-M" beside
 #             each, and eight open ones on wlan3 (channel 11), which churn.sh takes away and back
 
@@ -45,6 +50,11 @@ bss() {
     printf '%s\n' "bss=${radio}_$2" "bssid=02:00:00:00:0${radio#wlan}:0$2" \
         "ssid2=$(hex_of "$3")" "${@:4}" >>"$conf"
 }
+
+# FT-PSK: each AP derives its keys from the passphrase (no key holders to configure), and one
+# hostapd process carries the frames of FT over the DS.
+ft=(wpa=2 wpa_key_mgmt=FT-PSK rsn_pairwise=CCMP wpa_passphrase=tesmir-passphrase
+    ft_psk_generate_local=1)
 
 eap=(ieee8021x=1 eap_server=1 "eap_user_file=$lab/eap_users" "ca_cert=$certs/ca.pem"
     "server_cert=$certs/server.pem" "private_key=$certs/server.key" wpa=2 wpa_key_mgmt=WPA-EAP
@@ -82,6 +92,20 @@ enterprise)
     bss "${confs[1]}" 1 "CTRL-EVENT-CONNECTED - Connectio" "${eap[@]}" \
         "server_cert=$certs/other.pem" "private_key=$certs/other.key"
     bss "${confs[2]}" 1 tesmir-owe wpa=2 wpa_key_mgmt=OWE rsn_pairwise=CCMP ieee80211w=2
+    ;;
+roaming)
+    printf '%s\n' '* PEAP' '"tesmir-user" MSCHAPV2 "tesmir-password" [2]' >"$lab/eap_users"
+    aps=(wlan1 wlan2 wlan3 wlan4)
+    air=("${ft[@]}" mobility_domain=a1b2 ft_over_ds=0)
+    ds=("${ft[@]}" mobility_domain=c3d4 ft_over_ds=1)
+    confs=("$(ap wlan1 1 tesmir-ft "${air[@]}" nas_identifier=ap1.tesmir.example)"
+        "$(ap wlan2 6 tesmir-ft "${air[@]}" nas_identifier=ap2.tesmir.example)"
+        "$(ap wlan3 11 tesmir-ft-ds "${ds[@]}" nas_identifier=ap3.tesmir.example)"
+        "$(ap wlan4 11 tesmir-ft-ds "${ds[@]}" nas_identifier=ap4.tesmir.example)")
+    bss "${confs[0]}" 1 tesmir-eap "${eap[@]}"
+    bss "${confs[1]}" 1 tesmir-eap "${eap[@]}"
+    bss "${confs[2]}" 1 tesmir-psk "${psk[@]}"
+    bss "${confs[3]}" 1 tesmir-psk "${psk[@]}"
     ;;
 crowd)
     aps=(wlan1 wlan2 wlan3)

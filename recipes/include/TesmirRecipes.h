@@ -291,6 +291,25 @@ bool Reconnect(WpacliWrapper& client, std::string* bssid);
 // Moves the association to |bssid| (a BSS of the same network, seen in a scan).
 bool Roam(WpacliWrapper& client, const std::string& bssid);
 
+// How a roam moved the association, as its events told it.
+enum class RoamVia {
+    kUnknown,   // the events did not tell (below)
+    kFt,        // fast transition over the air: keys set at reassociation
+    kFtOverDs,  // fast transition over the DS (asked for): the current AP carried the exchange
+    kCached,    // an 802.1X network's handshake from a PMK held (PMKSA caching, OKC), no EAP
+    kFull,      // an EAP exchange, or a PSK network's handshake
+};
+
+// Roam() over the DS when |overDs| (FT_DS: the network's APs must offer FT over the DS), telling
+// in |via| how, from the order of the supplicant's own events after the association: the keys
+// in the association's burst (FT), an EAP event (full), or the handshake or keys in a later
+// burst (cached for an 802.1X network, full for PSK); then the target's flags (BSS) say what
+// the network is. kUnknown when the telling burst fell between two calls (often, for a
+// handshake's; the roam then takes up to 3 s longer), for SAE and OWE, and for keys a driver
+// set itself; never a guess. Measured on mac80211 (the supplicant's own SME): docs/RECIPES.md,
+// "Roaming".
+bool Roam(WpacliWrapper& client, const std::string& bssid, bool overDs, RoamVia* via);
+
 // Waits up to |seconds| for the link to drop (the AP going away, or a deauthentication), and
 // returns the DISCONNECTED event's reason code, or 0 when the event was cut before it or only
 // the state told it. A link already down ends the wait at once on a device build.

@@ -47,7 +47,9 @@ constexpr const char* kUsage =
         "                                      of standard input\n"
         "  status                              the current BSSID, and the signal\n"
         "  disconnect | reconnect | forget     forget removes every network\n"
-        "  roam BSSID                          move to another BSS of the same network\n"
+        "  roam BSSID [ds]                     move to another BSS of the same network (ds: FT\n"
+        "                                      over the DS); the line ends with how: via=ft,\n"
+        "                                      ft-ds, cached, full or unknown (TesmirRecipes.h)\n"
         "  wait-link-loss SECONDS              wait for the link to drop; print the reason\n"
         "  networks                            the configured networks: id, flags (\"[]\" none; "
         "\"?\"\n"
@@ -70,6 +72,9 @@ constexpr const char* kUsage =
         "  6 timed-out\n"
         "  7 rejected         (an EAP failure whose cause no event told)\n";
 
+// RoamVia's names, in its order.
+constexpr const char* kVias[] = {"unknown", "ft", "ft-ds", "cached", "full"};
+
 constexpr int kNotDone = 1;
 constexpr int kBadUsage = 64;
 
@@ -82,7 +87,7 @@ struct Recipe {
 constexpr size_t kAny = 1000;
 constexpr Recipe kRecipes[] = {{"scan", 0, 1},     {"list", 0, 0},       {"connect", 2, kAny},
                                {"status", 0, 0},   {"disconnect", 0, 0}, {"reconnect", 0, 0},
-                               {"forget", 0, 0},   {"roam", 1, 1},       {"wait-link-loss", 1, 1},
+                               {"forget", 0, 0},   {"roam", 1, 2},       {"wait-link-loss", 1, 1},
                                {"networks", 0, 0}, {"enable", 1, 1},     {"disable", 1, 1},
                                {"remove", 1, 1},   {"priority", 2, 2},   {"save", 0, 0}};
 
@@ -107,15 +112,15 @@ std::string HelperBesideMe() {
     return path.substr(0, path.rfind('/') + 1) + "tesmir-list-helper";
 }
 
-bool PrintStatus(WpacliWrapper& client, const Options& options) {
+bool PrintStatus(WpacliWrapper& client, const Options& options, const std::string& more = "") {
     std::string bssid;
     recipes::Signal signal;
     if (!recipes::CurrentBssid(client, &bssid) || !recipes::ReadSignal(client, &signal)) {
         return false;
     }
     if (!options.Quiet()) {
-        printf("bssid=%s freq=%d rssi=%d linkspeed=%d\n", bssid.c_str(), signal.freq, signal.rssi,
-               signal.linkSpeed);
+        printf("bssid=%s freq=%d rssi=%d linkspeed=%d%s\n", bssid.c_str(), signal.freq, signal.rssi,
+               signal.linkSpeed, more.c_str());
     }
     return true;
 }
@@ -278,7 +283,10 @@ int Run(WpacliWrapper& client, const std::string& socket, const std::vector<std:
     } else if (recipe == "forget") {
         done = recipes::Forget(client);
     } else if (recipe == "roam") {
-        done = recipes::Roam(client, arg(1)) && PrintStatus(client, options);
+        if (args.size() > 2 && arg(2) != "ds") return Usage();
+        recipes::RoamVia via = recipes::RoamVia::kUnknown;
+        done = recipes::Roam(client, arg(1), args.size() > 2, &via) &&
+               PrintStatus(client, options, std::string(" via=") + kVias[static_cast<int>(via)]);
     } else if (recipe == "wait-link-loss") {
         int reason = 0;
         done = recipes::WaitForLinkLoss(client, atoi(arg(1).c_str()), &reason);

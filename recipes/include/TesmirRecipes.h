@@ -301,13 +301,14 @@ enum class RoamVia {
 };
 
 // Roam() over the DS when |overDs| (FT_DS: the network's APs must offer FT over the DS), telling
-// in |via| how, from the order of the supplicant's own events after the association: the keys
-// in the association's burst (FT), an EAP event (full), or the handshake or keys in a later
-// burst (cached for an 802.1X network, full for PSK); then the target's flags (BSS) say what
-// the network is. kUnknown when the telling burst fell between two calls (often, for a
-// handshake's; the roam then takes up to 3 s longer), for SAE and OWE, and for keys a driver
-// set itself; never a guess. Measured on mac80211 (the supplicant's own SME): docs/RECIPES.md,
-// "Roaming".
+// in |via| how, from the order of the supplicant's own events that one call saw after the
+// association: an EAP event (full); keys before any state (FT on a build that sends states);
+// a handshake's state (cached for an 802.1X network, full for PSK). What the network is comes
+// from the flags (BSS) of the BSSes left and joined. kUnknown when a burst was split between
+// two calls (often, on a device's clock), for FT on a desktop build, which sends no states, for
+// SAE and OWE, and for keys a driver set itself; never a guess. Three queries more than Roam(),
+// and up to 3 s more when the roam's bursts all came before its first call.
+// Measured on mac80211 (the supplicant's own SME): docs/RECIPES.md, "Roaming".
 bool Roam(WpacliWrapper& client, const std::string& bssid, bool overDs, RoamVia* via);
 
 // Waits up to |seconds| for the link to drop (the AP going away, or a deauthentication), and

@@ -13,55 +13,31 @@
 namespace tesmir::recipes {
 namespace {
 
-// The events of a reassociation that tell how its keys came, in the order the supplicant sends
-// them (events.c, EVENT_ASSOC), one burst: "Associated with <bssid>", then, when the keys came
-// with the reassociation (FT), "WPA: Key negotiation completed"; then
-// CTRL-EVENT-SUBNET-STATUS-UPDATE. Otherwise, in later bursts, from the AP's frames: the EAP
-// exchange, or the handshake (states 7 and 8 on a build that sends states) and then the keys.
+// The events of a reassociation, in the order the supplicant sends them (events.c,
+// EVENT_ASSOC), one burst: "Associated with <bssid>"; when the keys came with the reassociation
+// (FT) "WPA: Key negotiation completed" at once; then CTRL-EVENT-SUBNET-STATUS-UPDATE. Without
+// FT, the keys come after the AP's frames: the EAP exchange, or the handshake (states 7 and 8 on
+// a build that sends states), and then "WPA: Key negotiation completed".
+//
+// What tells is what one call saw: it examines every event queued from its start, so nothing
+// it hands back was preceded by an event its pattern matches. Between two calls the supplicant
+// may go through a whole EAP exchange before it serves the next call's attach, so a call's
+// first event tells nothing of what came before it.
 constexpr const char* kAssociated = "Associated with ";
 constexpr const char* kKeysSet = "WPA: Key negotiation completed";
 constexpr const char* kSubnet = "CTRL-EVENT-SUBNET-STATUS-UPDATE";
 constexpr const char* kEap = "CTRL-EVENT-EAP-(STARTED|PROPOSED-METHOD|METHOD|STATUS|PEER-)";
-constexpr const char* kHandshakeState = "CTRL-EVENT-STATE-CHANGE id=-?[0-9]+ state=[78]";
-constexpr const char* kCompletedEvent = "CTRL-EVENT-(CONNECTED|STATE-CHANGE id=-?[0-9]+ state=9)";
+constexpr const char* kStateChange = "CTRL-EVENT-STATE-CHANGE id=";
 
-enum class Sign { kNone, kKeys, kEap, kHandshake };
+enum class Sign {
+    kNone,
+    kEap,        // an EAP exchange after the association
+    kKeys,       // in the association's call, the keys before any state or EAP
+    kHandshake,  // in the association's call, a state change after it (the handshake's)
+    kNoKeys,     // the association's burst ended without keys
+};
 
-// Reads the bursts of a roam, a call each, until one tells. A call hands back the first match,
-// or the last event queued; every event behind "Associated with <bssid>" in a call comes cut to
-// its length, which tells that it came in the association's burst.
-Sign AwaitSign(WpacliWrapper& client) {
-    static const std::string kSigns =
-            EventPattern(std::string("(") + kKeysSet + "|" + kSubnet + "|" + kEap + "|" +
-                         kHandshakeState + "|" + kCompletedEvent + ")");
-    static const std::regex kPrefix("^(IFNAME=\\S+ )?<[0-9]>");
-    bool associated = false;  // the association's burst came, without the keys
-    for (int calls = 0; calls < 8; ++calls) {
-        std::string event;
-        std::smatch prefix;
-        if (client.Execute("PING", kSigns, event, true) != 0 ||
-            !std::regex_search(event, prefix, kPrefix)) {
-            return Sign::kNone;
-        }
-        const bool inBurst = event.size() == prefix.length(0) + strlen(kAssociated) + 17;
-        if (Matches(event, kEap)) return Sign::kEap;
-        if (Matches(event, kKeysSet)) {
-            return inBurst ? Sign::kKeys : associated ? Sign::kHandshake : Sign::kNone;
-        }
-        if (Matches(event, kHandshakeState)) return associated ? Sign::kHandshake : Sign::kNone;
-        if (Matches(event, kSubnet)) {
-            // Whole, it was the first of its call: the burst's keys, if any, were lost.
-            if (!inBurst) return Sign::kNone;
-            associated = true;
-        } else if (Matches(event, kCompletedEvent)) {
-            return Sign::kNone;  // what told came between two calls
-        }
-        // Otherwise the last event of a burst before the association.
-    }
-    return Sign::kNone;
-}
-
-// What the target's flags say the network is: "[WPA2-EAP-CCMP][ESS]", "[WPA2-PSK+FT/PSK-CCMP]".
+// What the flags of a BSS ("[WPA2-EAP-CCMP][ESS]", "[WPA2-PSK+FT/PSK-CCMP]") say it is.
 struct Network {
     bool eap = false;  // 802.1X only
     bool psk = false;  // PSK only
@@ -70,7 +46,7 @@ struct Network {
 
 bool ReadNetwork(WpacliWrapper& client, const std::string& bssid, Network* network) {
     std::string reply;
-    // The BSS the station is associated with stays in the supplicant's table.
+    // Only for a BSS the station is associated with: held, its reply is never empty.
     if (!Command(client, "BSS " + bssid + " MASK=0x800", &reply) || reply.size() >= 63) {
         return false;
     }
@@ -86,18 +62,60 @@ bool ReadNetwork(WpacliWrapper& client, const std::string& bssid, Network* netwo
     return true;
 }
 
-RoamVia Judge(Sign sign, bool overDs, const Network& network) {
+// Reads the roam's bursts, a call each, until one tells. Every event behind "Associated with
+// <bssid>" in a call comes cut to its 36 bytes, which places it in the association's call. A
+// PSK network's association without keys is enough: its keys come from the handshake.
+Sign AwaitSign(WpacliWrapper& client, bool psk) {
+    static const std::string kSigns = EventPattern(std::string("(") + kKeysSet + "|" + kEap + "|" +
+                                                   kStateChange + "-?[0-9]* ?[a-z]{0,5}$)");
+    static const std::regex kPrefix("^(IFNAME=\\S+ )?<[0-9]>");
+    bool associated = false;  // the association's burst ended without keys
+    for (int calls = 0; calls < 8; ++calls) {
+        std::string event;
+        std::smatch prefix;
+        if (client.Execute("PING", kSigns, event, true) != 0 ||
+            !std::regex_search(event, prefix, kPrefix)) {
+            return Sign::kNone;
+        }
+        const bool inBurst = event.size() == prefix.length(0) + strlen(kAssociated) + 17;
+        if (Matches(event, kEap)) return Sign::kEap;
+        static const std::regex kSignsMatch(kSigns);
+        if (associated || !inBurst) {
+            // After the association, only an EAP event still tells: whether EAP came before
+            // anything else, the gap does not say. Before it, the last event of a burst.
+            if (std::regex_search(event, kSignsMatch)) return Sign::kNone;
+            continue;
+        }
+        if (Matches(event, kKeysSet)) return Sign::kKeys;
+        if (Matches(event, kStateChange)) return Sign::kHandshake;
+        if (!Matches(event, kSubnet)) return Sign::kNone;
+        // The association's burst ended here, without keys: a PSK network's come from the
+        // handshake; an 802.1X network may show its EAP exchange yet.
+        if (psk) return Sign::kNoKeys;
+        associated = true;
+    }
+    return Sign::kNone;
+}
+
+RoamVia Judge(Sign sign, bool sentState, bool overDs, const Network& network) {
+    const RoamVia handshake = network.eap   ? RoamVia::kCached
+                              : network.psk ? RoamVia::kFull
+                                            : RoamVia::kUnknown;
     switch (sign) {
         case Sign::kEap:
             return RoamVia::kFull;
+        case Sign::kNoKeys:
         case Sign::kHandshake:
-            return network.eap   ? RoamVia::kCached
-                   : network.psk ? RoamVia::kFull
-                                 : RoamVia::kUnknown;
+            return handshake;
         case Sign::kKeys:
-            // Keys with the reassociation: FT, or a driver that sets them itself.
-            if (!network.ft) return RoamVia::kUnknown;
-            return overDs ? RoamVia::kFtOverDs : RoamVia::kFt;
+            // A build that sends states shows the handshake's before its keys: these came with
+            // the reassociation, by FT (or a driver that set them). A desktop build shows none,
+            // so where FT is offered its keys may be either.
+            if (sentState) {
+                if (!network.ft) return RoamVia::kUnknown;
+                return overDs ? RoamVia::kFtOverDs : RoamVia::kFt;
+            }
+            return network.ft ? RoamVia::kUnknown : handshake;
         case Sign::kNone:
             break;
     }
@@ -111,20 +129,28 @@ bool Roam(WpacliWrapper& client, const std::string& bssid) {
 }
 
 bool Roam(WpacliWrapper& client, const std::string& bssid, bool overDs, RoamVia* via) {
+    // What the network is, from the BSS the station leaves, read while it is held.
+    std::string from;
+    Network network;
+    const bool known =
+            via != nullptr && CurrentBssid(client, &from) && ReadNetwork(client, from, &network);
     if (via != nullptr) *via = RoamVia::kUnknown;
     if (!Command(client, (overDs ? "FT_DS " : "ROAM ") + bssid)) return false;
-    // Only when asked: a lost burst costs a call's 3 s.
-    const Sign sign = via != nullptr ? AwaitSign(client) : Sign::kNone;
+    const Sign sign = via != nullptr ? AwaitSign(client, network.psk) : Sign::kNone;
+    bool sentState = false;
     Completion completion;
     completion.bssid = bssid;
+    completion.sentState = &sentState;
     completion.happened = [&client, &bssid] {
         std::string now;
         return CurrentBssid(client, &now) && now == bssid;
     };
     if (!AwaitCompleted(client, completion, nullptr)) return false;
-    Network network;
-    if (via != nullptr && ReadNetwork(client, bssid, &network)) {
-        *via = Judge(sign, overDs, network);
+    // Whether FT is offered, from the BSS joined.
+    Network joined;
+    if (known && ReadNetwork(client, bssid, &joined)) {
+        network.ft = joined.ft;
+        *via = Judge(sign, sentState, overDs, network);
     }
     return true;
 }

@@ -15,9 +15,6 @@
 namespace tesmir::recipes {
 namespace {
 
-// Every waiting-mode call gives up after 3 s without an event, with this status.
-constexpr int32_t kNoEvent = -22;
-
 // The events that carry the station's state, each up to its first field; EventPattern()
 // anchors them. What follows the CONNECTED prefix in one cut before its BSSID is whole: the
 // rest of "Connection to " and part of the BSSID.
@@ -206,19 +203,23 @@ bool AwaitSettling(WpacliWrapper& client, const std::string& command, const Wait
     int last = -1;   // the state last read
     std::string next = command;
     std::string response;
+    const auto tell = [&settling, &sendsState](bool done) {
+        if (settling.sentState != nullptr) *settling.sentState = sendsState;
+        return done;
+    };
     for (;;) {
         // Each call hands back the first event that matches, or the last one it examined.
         const int32_t status = client.Execute(next, wait.pattern, response, true);
         bool quiet = false;  // the next call waits for an event, whatever the state
-        if (status != 0 && status != kNoEvent) return false;
+        if (status != 0 && status != kNoEvent) return tell(false);
         if (status == 0) {
+            static const std::regex kSentState(EventPattern(kStateChangeEvent));
+            sendsState = sendsState || std::regex_search(response, kSentState);
             const Verdict verdict = wait.judge(response);
             if (verdict != Verdict::kNotYet) {
                 if (event != nullptr) *event = response;
-                return verdict == Verdict::kDone;
+                return tell(verdict == Verdict::kDone);
             }
-            static const std::regex kSentState(EventPattern(kStateChangeEvent));
-            sendsState = sendsState || std::regex_search(response, kSentState);
             State state;
             const bool read = ParseState(response, &state);
             if (read) last = state.state;
@@ -226,9 +227,9 @@ bool AwaitSettling(WpacliWrapper& client, const std::string& command, const Wait
             quiet = !settling.stateAfterEvents;
         } else if (!(sendsState && wait.askState) && wait.happened && wait.happened()) {
             if (event != nullptr) event->clear();
-            return true;
+            return tell(true);
         }
-        if (std::chrono::steady_clock::now() >= deadline) return false;
+        if (std::chrono::steady_clock::now() >= deadline) return tell(false);
         const bool queried = next == "STATUS";
         next = "PING";
         if (!wait.askState || quiet) continue;

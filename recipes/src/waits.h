@@ -6,12 +6,17 @@
 // What the families of recipes share: reading replies, and the waits for a connection and for
 // its loss built on Await().
 
+#include <stdint.h>
+
 #include <functional>
 #include <string>
 
 #include "TesmirRecipes.h"
 
 namespace tesmir::recipes {
+
+// Every waiting-mode call gives up after 3 s without an event, with this status.
+constexpr int32_t kNoEvent = -22;
 
 // The value of KEY in a reply of KEY=VALUE lines ("" when absent).
 std::string Field(const std::string& reply, const std::string& key);
@@ -47,6 +52,8 @@ struct Completion {
     // outcome comes as an event (EAP): the query's call is one gap more to lose it in; the state
     // is then asked only after 3 s without events, and while settling.
     bool stateAfterEvents = true;
+    // Set to whether the supplicant sent its state as events (a build as devices build it).
+    bool* sentState = nullptr;
 };
 
 // Waits for the station to complete a connection; puts the BSSID in |connected|.

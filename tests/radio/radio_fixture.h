@@ -128,20 +128,19 @@ class RadioTest : public ::testing::Test {
         ASSERT_TRUE(recipes::Connect(*client_, ssid, recipes::Security::kWpa2Psk, kPassphrase,
                                      "2412 2437", &from));
         const std::string to = from == a ? b : a;
-        // A handshake's keys come in a burst of their own, which may fall between two calls.
-        ExpectRoam(to, false, recipes::RoamVia::kFull, true);
-        ExpectRoam(from, false, recipes::RoamVia::kFull, true);
+        ExpectRoam(to, false, recipes::RoamVia::kFull);
+        ExpectRoam(from, false, recipes::RoamVia::kFull);
     }
 
-    // Roams to |bssid|, which must be told as |via|, or kUnknown where the deciding event may
-    // fall between two calls: on the real clock, and where |mayBeLost|. Never another way.
+    // Roams to |bssid|, which must be told as |via|, or kUnknown where what tells may be split
+    // between two calls: on the real clock, and where |mayBeSplit|. Never another way.
     void ExpectRoam(const std::string& bssid, bool overDs, recipes::RoamVia via,
-                    bool mayBeLost = false) {
+                    bool mayBeSplit = false) {
         recipes::RoamVia told = recipes::RoamVia::kUnknown;
         EXPECT_TRUE(recipes::Roam(*client_, bssid, overDs, &told));
         EXPECT_EQ(bssid, Connected());
         EXPECT_TRUE(told == via ||
-                    ((realClock_ || mayBeLost) && told == recipes::RoamVia::kUnknown))
+                    ((realClock_ || mayBeSplit) && told == recipes::RoamVia::kUnknown))
                 << bssid << ": " << static_cast<int>(told);
     }
 

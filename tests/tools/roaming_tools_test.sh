@@ -21,16 +21,19 @@ other() {  # first second
     [ "$joined" = "$1" ] && echo "$2" || echo "$1"
 }
 
+# A desktop build sends no states: it cannot tell FT from a handshake.
+ft=ft ft_ds=ft-ds
+[ "${TESMIR_LAB_BUILD:-device}" = desktop ] && ft=unknown ft_ds=unknown
+
 expect "join an FT network" 0 '^bssid=02:00:00:00:0[34]:00 ' \
     tool connect tesmir-ft-ds psk tesmir-passphrase 2462 key_mgmt=FT-PSK
 to=$(other 02:00:00:00:03:00 02:00:00:00:04:00)
-expect "FT over the DS" 0 "^bssid=$to .* via=ft-ds\$" tool roam "$to" ds
+expect "FT over the DS" 0 "^bssid=$to .* via=$ft_ds\$" tool roam "$to" ds
 to=$(other 02:00:00:00:03:00 02:00:00:00:04:00)
-expect "FT over the air" 0 "^bssid=$to .* via=ft\$" tool roam "$to"
+expect "FT over the air" 0 "^bssid=$to .* via=$ft\$" tool roam "$to"
 outcome "a word other than ds" 64 . tool roam "$to" air
 expect "join a PSK network" 0 '^bssid=02:00:00:00:0[34]:01 ' \
     tool connect tesmir-psk psk tesmir-passphrase 2462
 to=$(other 02:00:00:00:03:01 02:00:00:00:04:01)
-# Its keys come in a burst of their own, which may fall between two calls.
-expect "its handshake" 0 "^bssid=$to .* via=(full|unknown)\$" tool roam "$to"
+expect "its handshake" 0 "^bssid=$to .* via=full\$" tool roam "$to"
 [ "$failures" -eq 0 ]

@@ -3,12 +3,13 @@
 
 // Times each recipe of recipes/ against the time a raw listener (libwpa_client, attached all
 // along) saw the event that the recipe waits for. Runs in the radio lab, on its real clock, in
-// rounds of every waiting task on the lab's networks, done two ways in turn: "open", through a
-// client opened once, and "process", as a script runs them, by tesmir-recipes in a process of its
-// own, timed from its start to its end. Link loss is timed from the access point going away.
-// Writes "way,task,round,raw_ms,answered_ms,recipe_ms,quiet,queries,events,ok" lines: when the
-// listener saw the event, when a PING it sent at once was answered (the earliest a client that
-// must then make one exchange could know), when the recipe knew, and the counts of
+// rounds of every waiting task on the lab's networks (in its roaming layout: a PEAP connect, and
+// roams by FT-PSK and by a PSK network's full handshake, each telling how), done two ways in turn:
+// "open", through a client opened once, and "process", as a script runs them, by tesmir-recipes in
+// a process of its own, timed from its start to its end. Link loss is timed from the access point
+// going away. Writes "way,task,round,raw_ms,answered_ms,recipe_ms,quiet,queries,events,ok" lines:
+// when the listener saw the event, when a PING it sent at once was answered (the earliest a client
+// that must then make one exchange could know), when the recipe knew, and the counts of
 // call_counts.h. And one "exchange,...,median_ms" line: the median of direct-mode PING calls.
 //   tesmir_recipe_latency ROUNDS TOOL COUNTS_LIB     (in scripts/radio-lab.sh)
 // TOOL is tesmir-recipes; COUNTS_LIB, libtesmir_call_counts.so, is preloaded into it.
@@ -17,16 +18,19 @@
 #include <spawn.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <string.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <regex>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <wpa_ctrl.h>
@@ -44,6 +48,10 @@ namespace {
 
 constexpr const char* kPsk1 = "02:00:00:00:01:00";
 constexpr const char* kPsk2 = "02:00:00:00:02:00";
+// The pairs of access points a roam goes between: the standard layout's and the roaming
+// layout's FT-PSK pair on channels 1 and 6, and its PSK pair on channel 11.
+constexpr std::pair<const char*, const char*> kPairs[] = {
+        {kPsk1, kPsk2}, {"02:00:00:00:03:01", "02:00:00:00:04:01"}};
 constexpr const char* kConnected = "^<[0-9]>CTRL-EVENT-CONNECTED - Connection to ";
 constexpr const char* kDisconnected = "^<[0-9]>CTRL-EVENT-DISCONNECTED ";
 
@@ -179,7 +187,15 @@ int main(int argc, char** argv) {
     std::nth_element(exchanges.begin(), exchanges.begin() + 100, exchanges.end());
     printf("exchange,,,,,%.3f,,,,\n", exchanges[100]);
 
-    const auto other = [&lab] { return std::string(Bssid(lab) == kPsk1 ? kPsk2 : kPsk1); };
+    // The other access point of the pair the station is on.
+    const auto other = [&lab] {
+        const std::string now = Bssid(lab);
+        for (const auto& [a, b] : kPairs) {
+            if (now == a) return std::string(b);
+            if (now == b) return std::string(a);
+        }
+        return std::string(kPsk1);
+    };
     const auto connect = [](const char* ssid, recipes::Security security, const char* freqs) {
         return [=](WpacliWrapper& c) {
             std::string bssid;
@@ -187,7 +203,57 @@ int main(int argc, char** argv) {
         };
     };
     std::string roamTo;
-    const Task tasks[] = {
+    const auto roam = [&roamTo](WpacliWrapper& c) {
+        recipes::RoamVia via;
+        return recipes::Roam(c, roamTo, false, &via);
+    };
+    const auto roamArgs = [&roamTo] { return std::vector<std::string>{"roam", roamTo}; };
+    const char* aps = getenv("TESMIR_LAB_APS");
+    const char* certs = getenv("TESMIR_LAB_CERTS");
+    const std::string caCert =
+            std::string("ca_cert=") + (certs != nullptr ? certs : "") + "/ca.pem";
+    const std::vector<std::string> peap = {"eap=PEAP", "identity=tesmir-user",
+                                           "password=tesmir-password", "phase2=auth=MSCHAPV2",
+                                           caCert};
+    // The roaming layout: an 802.1X connect, and FT-PSK roams beside a PSK network's full ones.
+    const Task roamingTasks[] = {
+            {"connect-peap", kConnected,
+             [&peap](WpacliWrapper& c) {
+                 std::vector<recipes::NetworkField> fields;
+                 for (const std::string& field : peap) {
+                     const size_t equals = field.find('=');
+                     fields.push_back({field.substr(0, equals), field.substr(equals + 1)});
+                 }
+                 recipes::ConnectResult result;
+                 return recipes::Connect(c, "tesmir-eap", recipes::Security::kEap, "", fields,
+                                         "2412 2437", &result);
+             },
+             [&peap] {
+                 std::vector<std::string> args = {"connect", "tesmir-eap", "eap", "2412 2437"};
+                 args.insert(args.end(), peap.begin(), peap.end());
+                 return args;
+             }},
+            {"connect-ft", kConnected,
+             [](WpacliWrapper& c) {
+                 recipes::ConnectResult result;
+                 return recipes::Connect(c, "tesmir-ft", recipes::Security::kWpa2Psk,
+                                         "tesmir-passphrase", {{"key_mgmt", "FT-PSK"}}, "2412 2437",
+                                         &result);
+             },
+             [] {
+                 return std::vector<std::string>{"connect",   "tesmir-ft",
+                                                 "psk",       "tesmir-passphrase",
+                                                 "2412 2437", "key_mgmt=FT-PSK"};
+             }},
+            {"roam-ft", kConnected, roam, roamArgs},
+            {"connect-psk", kConnected, connect("tesmir-psk", recipes::Security::kWpa2Psk, "2462"),
+             [] {
+                 return std::vector<std::string>{"connect", "tesmir-psk", "psk",
+                                                 "tesmir-passphrase", "2462"};
+             }},
+            {"roam-full", kConnected, roam, roamArgs},
+    };
+    const Task standardTasks[] = {
             {"scan", "^<[0-9]>CTRL-EVENT-SCAN-RESULTS ",
              [](WpacliWrapper& c) { return recipes::Scan(c, "2412,2437"); },
              [] {
@@ -207,10 +273,7 @@ int main(int argc, char** argv) {
                  return std::vector<std::string>{"connect", "tesmir", "psk", "tesmir-passphrase",
                                                  "2412 2437"};
              }},
-            {"roam", kConnected, [&roamTo](WpacliWrapper& c) { return recipes::Roam(c, roamTo); },
-             [&roamTo] {
-                 return std::vector<std::string>{"roam", roamTo};
-             }},
+            {"roam", kConnected, roam, roamArgs},
             {"disconnect", kDisconnected, recipes::Disconnect,
              [] { return std::vector<std::string>{"disconnect"}; }},
             {"reconnect", kConnected,
@@ -226,6 +289,9 @@ int main(int argc, char** argv) {
              },
              true},
     };
+    const bool roaming = aps != nullptr && strcmp(aps, "roaming") == 0;
+    const Task* const tasks = roaming ? roamingTasks : standardTasks;
+    const size_t taskCount = roaming ? std::size(roamingTasks) : std::size(standardTasks);
     for (int round = 0; round < rounds; ++round) {
         for (const char* way : {"open", "process"}) {
             const bool inProcess = way[0] == 'o';
@@ -236,7 +302,7 @@ int main(int argc, char** argv) {
                 return 1;
             }
             std::this_thread::sleep_for(std::chrono::milliseconds(200));
-            for (const Task& task : tasks) {
+            for (const Task& task : std::vector<Task>(tasks, tasks + taskCount)) {
                 roamTo = other();
                 std::string ap;
                 if (task.linkLoss) ap = roamTo == kPsk1 ? "wlan2" : "wlan1";

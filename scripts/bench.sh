@@ -8,10 +8,11 @@
 #   bench.sh           full run, writes docs/
 #   bench.sh --short   one quick pass (CI): checks that everything builds and runs; writes only
 #                      into the build tree and asserts no threshold
-#   bench.sh --radio [recipes|crowd]
-#                      runs again only the radio lab's benchmarks (or one of them), each of
-#                      which has its baseline in its own run, and writes the report with the
-#                      other figures as the last full run left them in docs/
+#   bench.sh --radio [recipes|roaming|crowd]
+#                      runs again only the radio lab's benchmarks (or one of them; roaming: the
+#                      recipes in the roaming layout alone), each of which has its baseline in its
+#                      own run, and writes the report with the other figures as the last full
+#                      run left them in docs/
 #   bench.sh --report  writes the report again from the figures in docs/, measuring nothing
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -98,23 +99,37 @@ recipes=()
 for supplicant in device desktop; do
     if [ "$radio_part" = crowd ] || [ "$report_only" -eq 1 ]; then
         recipes+=("$supplicant=$out/recipes-$supplicant.csv")
+        [ -f "$out/recipes-roaming-$supplicant.csv" ] &&
+            recipes+=("$supplicant build, roaming layout=$out/recipes-roaming-$supplicant.csv")
         continue
     fi
-    csv=$out/recipes-$supplicant.csv
     rounds_here=$recipe_rounds
     [ "$supplicant" = desktop ] && rounds_here=$desktop_recipe_rounds
-    status=0
-    scripts/radio-lab.sh run -s "$supplicant" -c real -t 5000 -- \
-        "$build/bench/tesmir_recipe_latency" "$rounds_here" "$PWD/$build/bin/tesmir-recipes" \
-        "$PWD/$build/bench/libtesmir_call_counts.so" >"$csv" || status=$?
-    case $status in
-    0) recipes+=("$supplicant=$csv") ;;
-    77) echo "no radio lab here: the recipes are not measured" && break ;;
-    *) echo "the recipe benchmark failed on the $supplicant build" >&2 && exit 1 ;;
-    esac
+    # The standard layout's tasks, then the roaming layout's (PEAP, FT and full roams).
+    for layout in standard roaming; do
+        csv=$out/recipes-$supplicant.csv
+        label=$supplicant
+        if [ "$layout" = roaming ]; then
+            csv=$out/recipes-roaming-$supplicant.csv
+            label="$supplicant build, roaming layout"
+        fi
+        if [ "$radio_part" = roaming ] && [ "$layout" = standard ]; then
+            recipes+=("$label=$csv")
+            continue
+        fi
+        status=0
+        scripts/radio-lab.sh run -s "$supplicant" -c real -a "$layout" -t 5000 -- \
+            "$build/bench/tesmir_recipe_latency" "$rounds_here" "$PWD/$build/bin/tesmir-recipes" \
+            "$PWD/$build/bench/libtesmir_call_counts.so" >"$csv" || status=$?
+        case $status in
+        0) recipes+=("$label=$csv") ;;
+        77) echo "no radio lab here: the recipes are not measured" && break 2 ;;
+        *) echo "the recipe benchmark failed on the $supplicant build ($layout)" >&2 && exit 1 ;;
+        esac
+    done
 done
 
-if [ "$report_only" -eq 0 ]; then
+if [ "$report_only" -eq 0 ] && [ "$radio_part" != roaming ]; then
     echo "== isolating a listing: $isolation_rounds round trips of each design, outside the lab"
     "$build/bench/tesmir_isolation_cost" "$build/bin/tesmir-list-helper" "$isolation_rounds" \
         >"$out/isolation.csv"
@@ -127,7 +142,7 @@ fi
 crowds=()
 for supplicant in device desktop; do
     [ "${#recipes[@]}" -gt 0 ] || break
-    if [ "$radio_part" = recipes ] || [ "$report_only" -eq 1 ]; then
+    if [ "$radio_part" = recipes ] || [ "$radio_part" = roaming ] || [ "$report_only" -eq 1 ]; then
         crowds+=("$supplicant=$out/crowd-$supplicant.csv")
         continue
     fi

@@ -161,12 +161,18 @@ def recipe_section(builds, out_dir):
              "most queries a run made beyond its events. The **exchange** is the median "
              "direct-mode `Execute(\"PING\")` (attach, request, detach) of the same run: a "
              "recipe that takes its event last needs one more, its detach, so the goal for p95 "
-             "with the client kept open is 1.15 times raw, or raw plus one exchange. Everything "
+             "with the client kept open is 1.15 times raw, or answered plus one exchange: after "
+             "a disconnection or a lost link the supplicant answers every client late, and that "
+             "floor, not the recipe, sets their time. The **roaming layout** "
+             "(`scripts/radio-lab.sh run -a roaming`) adds a PEAP connect with hostapd's own EAP "
+             "server, and roams that tell how they went (`Roam` with a `RoamVia`): *roam-ft* by "
+             "FT-PSK over the air, *roam-full* by a PSK network's full handshake. Everything "
              "in User-Mode Linux runs slower than on a device, the supplicant too.", ""]
     points = []
     for build, (ways, exchange) in builds.items():
         for way, tasks in ways.items():
-            lines += [f"**{build} build, {WAYS.get(way, way)}** (exchange {exchange:.2f} ms):",
+            name = build if "build" in build else f"{build} build"
+            lines += [f"**{name}, {WAYS.get(way, way)}** (exchange {exchange:.2f} ms):",
                       "", "| task | runs | raw p50 | recipe p50 | raw p95 | answered p95 | "
                       "recipe p95 | ratio p95 | fell back | queries | events | beyond | p95 goal |",
                       "|---|---|---|---|---|---|---|---|---|---|---|---|---|"]
@@ -180,11 +186,13 @@ def recipe_section(builds, out_dir):
                 rec = [r.recipe for r in good]
                 raw95, rec95 = percentile(raw, 95), percentile(rec, 95)
                 fell = sum(1 for r in good if r.recipe - r.raw > 1000)
-                goal = "met" if rec95 <= 1.15 * raw95 or rec95 <= raw95 + exchange else "missed"
+                answered95 = percentile([r.answered for r in good], 95)
+                goal = ("met" if rec95 <= 1.15 * raw95 or rec95 <= answered95 + exchange
+                        else "missed")
                 lines.append(
                     f"| {task} | {len(good)}{f' ({failed} failed)' if failed else ''} | "
                     f"{percentile(raw, 50):.1f} ms | {percentile(rec, 50):.1f} ms | "
-                    f"{raw95:.1f} ms | {percentile([r.answered for r in good], 95):.1f} ms | "
+                    f"{raw95:.1f} ms | {answered95:.1f} ms | "
                     f"{rec95:.1f} ms | {rec95 / raw95:.2f} | {fell} | "
                     f"{spread([r.queries for r in good])} | {spread([r.events for r in good])} | "
                     f"{max(0, max(r.queries - r.events for r in good))} | "

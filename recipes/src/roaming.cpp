@@ -64,26 +64,34 @@ bool ReadNetwork(WpacliWrapper& client, const std::string& bssid, Network* netwo
 
 // Reads the roam's bursts, a call each, until one tells. Every event behind "Associated with
 // <bssid>" in a call comes cut to its 36 bytes, which places it in the association's call. A
-// PSK network's association without keys is enough: its keys come from the handshake.
-Sign AwaitSign(WpacliWrapper& client, bool psk) {
-    static const std::string kSigns = EventPattern(std::string("(") + kKeysSet + "|" + kEap + "|" +
-                                                   kStateChange + "-?[0-9]* ?[a-z]{0,5}$)");
+// PSK network's association without keys is enough: its keys come from the handshake. Before
+// each call, STATUS: once the station is on |bssid| and its burst was not seen, it came between
+// two calls, and a call would wait out its 3 s for nothing.
+Sign AwaitSign(WpacliWrapper& client, const std::string& bssid, bool psk) {
+    const std::string signs =
+            EventPattern(std::string("(") + kKeysSet + "|" + kEap + "|" + kStateChange +
+                         "(-?[0-9]* ?[a-z]{0,5}$|-?[0-9]+ " + "state=9 BSSID=" + bssid + "))");
+    const std::regex signsMatch(signs);
     static const std::regex kPrefix("^(IFNAME=\\S+ )?<[0-9]>");
     bool associated = false;  // the association's burst ended without keys
     for (int calls = 0; calls < 8; ++calls) {
         std::string event;
         std::smatch prefix;
-        if (client.Execute("PING", kSigns, event, true) != 0 ||
+        // Once associated to |bssid| with the burst unseen, a call would wait for nothing.
+        std::string now;
+        if (!associated && CurrentBssid(client, &now) && now == bssid) {
+            return Sign::kNone;
+        }
+        if (client.Execute("PING", signs, event, true) != 0 ||
             !std::regex_search(event, prefix, kPrefix)) {
             return Sign::kNone;
         }
         const bool inBurst = event.size() == prefix.length(0) + strlen(kAssociated) + 17;
         if (Matches(event, kEap)) return Sign::kEap;
-        static const std::regex kSignsMatch(kSigns);
         if (associated || !inBurst) {
             // After the association, only an EAP event still tells: whether EAP came before
             // anything else, the gap does not say. Before it, the last event of a burst.
-            if (std::regex_search(event, kSignsMatch)) return Sign::kNone;
+            if (std::regex_search(event, signsMatch)) return Sign::kNone;
             continue;
         }
         if (Matches(event, kKeysSet)) return Sign::kKeys;
@@ -136,7 +144,7 @@ bool Roam(WpacliWrapper& client, const std::string& bssid, bool overDs, RoamVia*
             via != nullptr && CurrentBssid(client, &from) && ReadNetwork(client, from, &network);
     if (via != nullptr) *via = RoamVia::kUnknown;
     if (!Command(client, (overDs ? "FT_DS " : "ROAM ") + bssid)) return false;
-    const Sign sign = via != nullptr ? AwaitSign(client, network.psk) : Sign::kNone;
+    const Sign sign = via != nullptr ? AwaitSign(client, bssid, network.psk) : Sign::kNone;
     bool sentState = false;
     Completion completion;
     completion.bssid = bssid;

@@ -306,8 +306,9 @@ enum class RoamVia {
 // a handshake's state (cached for an 802.1X network, full for PSK). What the network is comes
 // from the flags (BSS) of the BSSes left and joined. kUnknown when a burst was split between
 // two calls (often, on a device's clock), for FT on a desktop build, which sends no states, for
-// SAE and OWE, and for keys a driver set itself; never a guess. Three queries more than Roam(),
-// and up to 3 s more when the roam's bursts all came before its first call.
+// SAE and OWE, and for keys a driver set itself; never a guess. Beyond Roam(): STATUS and BSS
+// for the BSS left, BSS for the one joined, and a few waiting-mode calls, each after a direct
+// STATUS that ends them once the station is on |bssid| (else a call would wait out 3 s).
 // Measured on mac80211 (the supplicant's own SME): docs/RECIPES.md, "Roaming".
 bool Roam(WpacliWrapper& client, const std::string& bssid, bool overDs, RoamVia* via);
 

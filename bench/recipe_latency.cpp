@@ -302,7 +302,8 @@ int main(int argc, char** argv) {
                 return 1;
             }
             std::this_thread::sleep_for(std::chrono::milliseconds(200));
-            for (const Task& task : std::vector<Task>(tasks, tasks + taskCount)) {
+            for (const Task* next = tasks; next != tasks + taskCount; ++next) {
+                const Task& task = *next;
                 roamTo = other();
                 std::string ap;
                 if (task.linkLoss) ap = roamTo == kPsk1 ? "wlan2" : "wlan1";

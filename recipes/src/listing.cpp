@@ -17,13 +17,6 @@
 namespace tesmir::recipes {
 namespace {
 
-// One BSS query, narrowed by MASK= to fields that fit the 63 bytes a reply may have. The BSS must
-// be held: the reply for one that is not is empty, and an empty reply ends the process.
-bool QueryBss(WpacliWrapper& client, const std::string& which, const char* mask,
-              std::string* reply) {
-    return Command(client, "BSS " + which + " MASK=" + mask, reply);
-}
-
 // With nothing held, SCAN_RESULTS is its header line alone, whose line feed the cut drops.
 bool HoldsBss(WpacliWrapper& client) {
     std::string reply;
@@ -97,6 +90,11 @@ bool ReadBss(WpacliWrapper& client, Bss* bss, std::string* reply) {
 }
 
 }  // namespace
+
+bool QueryBss(WpacliWrapper& client, const std::string& which, const char* mask,
+              std::string* reply) {
+    return Command(client, "BSS " + which + " MASK=" + mask, reply);
+}
 
 bool Scan(WpacliWrapper& client, const std::string& freqs) {
     // FAIL-BUSY while another client's scan runs (on a device, the framework's): its results

@@ -46,8 +46,8 @@ struct Network {
 
 bool ReadNetwork(WpacliWrapper& client, const std::string& bssid, Network* network) {
     std::string reply;
-    // Only for a BSS the station is associated with: held, its reply is never empty.
-    if (!Command(client, "BSS " + bssid + " MASK=0x800", &reply) || reply.size() >= 63) {
+    // Only for a BSS the station is associated with, which is held.
+    if (!QueryBss(client, bssid, "0x800", &reply) || reply.size() >= 63) {
         return false;
     }
     const std::string flags = Field(reply, "flags");

@@ -18,6 +18,11 @@ namespace tesmir::recipes {
 // Every waiting-mode call gives up after 3 s without an event, with this status.
 constexpr int32_t kNoEvent = -22;
 
+// One BSS query, narrowed by MASK= to fields that fit the 63 bytes a reply may have. The BSS must
+// be held: the reply for one that is not is empty, and an empty reply ends the process.
+bool QueryBss(WpacliWrapper& client, const std::string& which, const char* mask,
+              std::string* reply);
+
 // The value of KEY in a reply of KEY=VALUE lines ("" when absent).
 std::string Field(const std::string& reply, const std::string& key);
 

@@ -265,9 +265,13 @@ bool Connect(WpacliWrapper& client, const std::string& ssid, Security security,
             return Verdict::kFailed;
         };
         // The outcome comes as an event, which a call's detach drops should it come between two
-        // calls: no state query may add a call before it.
+        // calls: no state query may add a call before it. Once the server's EAP-Success came
+        // (eap.c: "completion" status, then EAP-SUCCESS), only the handshake's few milliseconds
+        // are left, which a call that waits for them would often miss.
         completion.settlingFrom = kFourWayHandshake;
         completion.stateAfterEvents = false;
+        completion.settledBy =
+                "CTRL-EVENT-EAP-(SUCCESS |STATUS status='completion' parameter='success')";
     }
     const auto start = std::chrono::steady_clock::now();
     if (AwaitCompleted(client, completion, &result->bssid)) {

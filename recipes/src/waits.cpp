@@ -198,9 +198,12 @@ bool AwaitSettling(WpacliWrapper& client, const std::string& command, const Wait
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(wait.seconds);
     // Whether this supplicant sends its state as events: a build as devices build it.
     bool sendsState = false;
-    int asked = 0;   // state queries in a row that did not hand back a state
-    int spaced = 0;  // state queries that no event prompted
-    int last = -1;   // the state last read
+    int asked = 0;              // state queries in a row that did not hand back a state
+    int spaced = 0;             // state queries that no event prompted
+    int last = -1;              // the state last read
+    bool sawSettledBy = false;  // an event of settling.settledBy came
+    const std::regex settledByMatch(EventPattern(settling.settledBy));
+    const auto settled = [&] { return sawSettledBy || last >= settling.settlingFrom; };
     std::string next = command;
     std::string response;
     const auto tell = [&settling, &sendsState](bool done) {
@@ -223,8 +226,10 @@ bool AwaitSettling(WpacliWrapper& client, const std::string& command, const Wait
             State state;
             const bool read = ParseState(response, &state);
             if (read) last = state.state;
+            sawSettledBy = sawSettledBy || (!settling.settledBy.empty() &&
+                                            std::regex_search(response, settledByMatch));
             asked = next == "STATUS" && !read ? asked + 1 : 0;
-            quiet = !settling.stateAfterEvents;
+            quiet = !settling.stateAfterEvents && !settled();
         } else if (!(sendsState && wait.askState) && wait.happened && wait.happened()) {
             if (event != nullptr) event->clear();
             return tell(true);
@@ -239,8 +244,7 @@ bool AwaitSettling(WpacliWrapper& client, const std::string& command, const Wait
             // waits as PING does. Behind other events of the same call the state comes cut, or
             // not last: ask again.
             next = "STATUS";
-        } else if (sendsState && last >= settling.settlingFrom && last < kCompleted &&
-                   spaced < kSpacedQueries) {
+        } else if (sendsState && settled() && last < kCompleted && spaced < kSpacedQueries) {
             // From association on, the flow's last events come within milliseconds of each other
             // with nothing after them: should they fall between this call and a PING, that PING
             // would wait 3 s. Ask the state again a little later instead.

@@ -55,8 +55,11 @@ struct Completion {
     int settlingFrom = 5;
     // Whether an event that does not end the wait is followed by a state query. Not where the
     // outcome comes as an event (EAP): the query's call is one gap more to lose it in; the state
-    // is then asked only after 3 s without events, and while settling.
+    // is then asked only after 3 s without events, and once settling. Settling starts at a state
+    // from settlingFrom on, or at an event of |settledBy| (a pattern of EventPattern's): the
+    // outcome came, and the last steps follow within milliseconds.
     bool stateAfterEvents = true;
+    std::string settledBy;
     // Set to whether the supplicant sent its state as events (a build as devices build it).
     bool* sentState = nullptr;
 };

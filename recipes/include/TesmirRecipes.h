@@ -307,8 +307,11 @@ enum class RoamVia {
 // from the flags (BSS) of the BSSes left and joined. kUnknown when a burst was split between
 // two calls (often, on a device's clock), for FT on a desktop build, which sends no states, for
 // SAE and OWE, and for keys a driver set itself; never a guess. Beyond Roam(): STATUS and BSS
-// for the BSS left, BSS for the one joined, and a few waiting-mode calls, each after a direct
-// STATUS that ends them once the station is on |bssid| (else a call would wait out 3 s).
+// for the BSS left, BSS for the one joined, and a few waiting-mode calls. The first sends ROAM or
+// FT_DS itself, so that no event of the roam comes before a call is attached; waiting mode drops
+// its reply, so a refused roam returns false, and one to the BSS already joined true, after 3 s.
+// Each later call follows a direct STATUS that ends them once the station is on |bssid| (else a
+// call would wait out 3 s for a burst already gone).
 // Measured on mac80211 (the supplicant's own SME): docs/RECIPES.md, "Roaming".
 bool Roam(WpacliWrapper& client, const std::string& bssid, bool overDs, RoamVia* via);
 

@@ -62,47 +62,60 @@ bool ReadNetwork(WpacliWrapper& client, const std::string& bssid, Network* netwo
     return true;
 }
 
-// Reads the roam's bursts, a call each, until one tells. Every event behind "Associated with
-// <bssid>" in a call comes cut to its 36 bytes, which places it in the association's call. A
+// Sends |command| (ROAM, FT_DS) in waiting mode, so that the first call is attached before the
+// roam begins, and reads its bursts, a call each, until one tells. Every event behind "Associated
+// with <bssid>" in a call comes cut to its 36 bytes, which places it in the association's call. A
 // PSK network's association without keys is enough: its keys come from the handshake. Before
-// each call, STATUS: once the station is on |bssid| and its burst was not seen, it came between
-// two calls, and a call would wait out its 3 s for nothing.
-Sign AwaitSign(WpacliWrapper& client, const std::string& bssid, bool psk) {
+// each later call, STATUS: once the station is on |bssid| and its burst was not seen, it came
+// between two calls, and a call would wait out its 3 s for nothing. False when the first call
+// saw no event in 3 s: the command was refused (waiting mode drops its FAIL), or had nothing to
+// do.
+bool AwaitSign(WpacliWrapper& client, const std::string& command, const std::string& bssid,
+               bool psk, Sign* sign) {
     const std::string signs =
             EventPattern(std::string("(") + kKeysSet + "|" + kEap + "|" + kStateChange +
                          "(-?[0-9]* ?[a-z]{0,5}$|-?[0-9]+ " + "state=9 BSSID=" + bssid + "))");
     const std::regex signsMatch(signs);
     static const std::regex kPrefix("^(IFNAME=\\S+ )?<[0-9]>");
+    *sign = Sign::kNone;
     bool associated = false;  // the association's burst ended without keys
     for (int calls = 0; calls < 8; ++calls) {
         std::string event;
         std::smatch prefix;
         // Once associated to |bssid| with the burst unseen, a call would wait for nothing.
         std::string now;
-        if (!associated && CurrentBssid(client, &now) && now == bssid) {
-            return Sign::kNone;
-        }
-        if (client.Execute("PING", signs, event, true) != 0 ||
-            !std::regex_search(event, prefix, kPrefix)) {
-            return Sign::kNone;
-        }
+        if (calls > 0 && !associated && CurrentBssid(client, &now) && now == bssid) return true;
+        const int32_t status = client.Execute(calls == 0 ? command : "PING", signs, event, true);
+        if (calls == 0 && status == kNoEvent) return false;
+        if (status != 0 || !std::regex_search(event, prefix, kPrefix)) return true;
         const bool inBurst = event.size() == prefix.length(0) + strlen(kAssociated) + 17;
-        if (Matches(event, kEap)) return Sign::kEap;
+        if (Matches(event, kEap)) {
+            *sign = Sign::kEap;
+            return true;
+        }
         if (associated || !inBurst) {
             // After the association, only an EAP event still tells: whether EAP came before
             // anything else, the gap does not say. Before it, the last event of a burst.
-            if (std::regex_search(event, signsMatch)) return Sign::kNone;
+            if (std::regex_search(event, signsMatch)) return true;
             continue;
         }
-        if (Matches(event, kKeysSet)) return Sign::kKeys;
-        if (Matches(event, kStateChange)) return Sign::kHandshake;
-        if (!Matches(event, kSubnet)) return Sign::kNone;
-        // The association's burst ended here, without keys: a PSK network's come from the
-        // handshake; an 802.1X network may show its EAP exchange yet.
-        if (psk) return Sign::kNoKeys;
-        associated = true;
+        if (Matches(event, kKeysSet)) {
+            *sign = Sign::kKeys;
+        } else if (Matches(event, kStateChange)) {
+            *sign = Sign::kHandshake;
+        } else if (!Matches(event, kSubnet)) {
+            return true;
+        } else if (psk) {
+            // The association's burst ended here, without keys: a PSK network's come from the
+            // handshake; an 802.1X network may show its EAP exchange yet.
+            *sign = Sign::kNoKeys;
+        } else {
+            associated = true;
+            continue;
+        }
+        return true;
     }
-    return Sign::kNone;
+    return true;
 }
 
 RoamVia Judge(Sign sign, bool sentState, bool overDs, const Network& network) {
@@ -142,9 +155,17 @@ bool Roam(WpacliWrapper& client, const std::string& bssid, bool overDs, RoamVia*
     Network network;
     const bool known =
             via != nullptr && CurrentBssid(client, &from) && ReadNetwork(client, from, &network);
-    if (via != nullptr) *via = RoamVia::kUnknown;
-    if (!Command(client, (overDs ? "FT_DS " : "ROAM ") + bssid)) return false;
-    const Sign sign = via != nullptr ? AwaitSign(client, bssid, network.psk) : Sign::kNone;
+    const std::string command = (overDs ? "FT_DS " : "ROAM ") + bssid;
+    Sign sign = Sign::kNone;
+    if (via == nullptr) {
+        if (!Command(client, command)) return false;
+    } else {
+        *via = RoamVia::kUnknown;
+        if (!AwaitSign(client, command, bssid, network.psk, &sign)) {
+            std::string now;
+            return CurrentBssid(client, &now) && now == bssid;
+        }
+    }
     bool sentState = false;
     Completion completion;
     completion.bssid = bssid;

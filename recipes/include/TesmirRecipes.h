@@ -310,9 +310,10 @@ enum class RoamVia {
 // for the BSS left, BSS for the one joined, and a few waiting-mode calls. The first sends ROAM or
 // FT_DS itself, so that no event of the roam comes before a call is attached; waiting mode drops
 // its reply, so a refused roam returns false, and one to the BSS already joined true, after 3 s.
-// Each later call follows a direct STATUS that ends them once the station is on |bssid| (else a
-// call would wait out 3 s for a burst already gone).
-// Measured on mac80211 (the supplicant's own SME): docs/RECIPES.md, "Roaming".
+// The second follows it at once; each later one, a direct STATUS that ends them once the station
+// is on |bssid| (else a call would wait out 3 s for a burst already gone). A call that begins
+// after the roam ended waits out 3 s all the same. How often, and how each way told, measured on
+// mac80211 (the supplicant's own SME): docs/RECIPES.md, "Roaming".
 bool Roam(WpacliWrapper& client, const std::string& bssid, bool overDs, RoamVia* via);
 
 // Waits up to |seconds| for the link to drop (the AP going away, or a deauthentication), and

@@ -68,10 +68,10 @@ bool ReadNetwork(WpacliWrapper& client, const std::string& bssid, Network* netwo
 // PSK network's association without keys is enough: its keys come from the handshake. Before
 // each call from the third on, STATUS: once the station is on |bssid| and its burst was not seen,
 // it came between two calls, and a call would wait out its 3 s for nothing. Not before the
-// second: the roam has only begun, and the query would widen the gap in which an FT roam, done
-// in milliseconds, can end unseen (in the lab it did, in one roam in ten). Nothing else is done
-// between two calls that could be done before. False when the first call saw no event in 3 s:
-// the command was refused (waiting mode drops its FAIL), or had nothing to do.
+// second: the roam has only begun, and the query would only widen the gap in which an FT roam,
+// done in milliseconds, can end unseen. Nothing else is done between two calls that could be
+// done before. False when the first call saw no event in 3 s: the command was refused (waiting
+// mode drops its FAIL), or had nothing to do.
 bool AwaitSign(WpacliWrapper& client, const std::string& command, const std::string& bssid,
                bool psk, Sign* sign) {
     const std::string signs =

@@ -62,6 +62,12 @@ bool ReadNetwork(WpacliWrapper& client, const std::string& bssid, Network* netwo
     return true;
 }
 
+// Whether the station is associated to |bssid|.
+bool On(WpacliWrapper& client, const std::string& bssid) {
+    std::string now;
+    return CurrentBssid(client, &now) && now == bssid;
+}
+
 // Sends |command| (ROAM, FT_DS) in waiting mode, so that the first call is attached before the
 // roam begins, and reads its bursts, a call each, until one tells. Every event behind "Associated
 // with <bssid>" in a call comes cut to its 36 bytes, which places it in the association's call. A
@@ -89,8 +95,7 @@ bool AwaitSign(WpacliWrapper& client, const std::string& command, const std::str
         std::string event;
         std::smatch prefix;
         // Once associated to |bssid| with the burst unseen, a call would wait for nothing.
-        std::string now;
-        if (calls > 1 && !associated && CurrentBssid(client, &now) && now == bssid) return true;
+        if (calls > 1 && !associated && On(client, bssid)) return true;
         const int32_t status = client.Execute(calls == 0 ? command : "PING", signs, event, true);
         if (calls == 0 && status == kNoEvent) return false;
         if (status != 0 || !std::regex_search(event, prefix, kPrefix)) return true;
@@ -167,19 +172,13 @@ bool Roam(WpacliWrapper& client, const std::string& bssid, bool overDs, RoamVia*
         if (!Command(client, command)) return false;
     } else {
         *via = RoamVia::kUnknown;
-        if (!AwaitSign(client, command, bssid, network.psk, &sign)) {
-            std::string now;
-            return CurrentBssid(client, &now) && now == bssid;
-        }
+        if (!AwaitSign(client, command, bssid, network.psk, &sign)) return On(client, bssid);
     }
     bool sentState = false;
     Completion completion;
     completion.bssid = bssid;
     completion.sentState = &sentState;
-    completion.happened = [&client, &bssid] {
-        std::string now;
-        return CurrentBssid(client, &now) && now == bssid;
-    };
+    completion.happened = [&client, &bssid] { return On(client, bssid); };
     if (!AwaitCompleted(client, completion, nullptr)) return false;
     // Whether FT is offered, from the BSS joined.
     Network joined;

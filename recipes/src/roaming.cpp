@@ -37,6 +37,19 @@ enum class Sign {
     kNoKeys,     // the association's burst ended without keys
 };
 
+// A roam's calls: enough for one whose calls each return at once with the state to complete (in
+// the radio lab, on its real clock, at most 17), and how many in a row may show the same before a
+// PING waits for the next burst instead: the AP is slow, and the queries only load the supplicant.
+constexpr int kMaxCalls = 40;
+constexpr int kStill = 16;
+
+// What the calls of a roam saw.
+struct Seen {
+    Sign sign = Sign::kNone;
+    bool sentState = false;  // a state change: a build as devices build it
+    bool completed = false;  // a state change on |bssid| completed
+};
+
 // What the flags of a BSS ("[WPA2-EAP-CCMP][ESS]", "[WPA2-PSK+FT/PSK-CCMP]") say it is.
 struct Network {
     bool eap = false;  // 802.1X only
@@ -71,15 +84,17 @@ bool On(WpacliWrapper& client, const std::string& bssid) {
 // Sends |command| (ROAM, FT_DS) in waiting mode, so that the first call is attached before the
 // roam begins, and reads its bursts, a call each, until one tells. Every event behind "Associated
 // with <bssid>" in a call comes cut to its 36 bytes, which places it in the association's call. A
-// PSK network's association without keys is enough: its keys come from the handshake. Before
-// each call from the third on, STATUS: once the station is on |bssid| and its burst was not seen,
-// it came between two calls, and a call would wait out its 3 s for nothing. Not before the
-// second: the roam has only begun, and the query would only widen the gap in which an FT roam,
-// done in milliseconds, can end unseen. Nothing else is done between two calls that could be
-// done before. False when the first call saw no event in 3 s: the command was refused (waiting
+// PSK network's association without keys is enough: its keys come from the handshake. A burst
+// that comes between two calls is gone, so the later calls send STATUS: a build as devices build
+// it answers with the state as an event, and the call returns at once with it, where a PING
+// would wait out 3 s for a burst already gone; a state completed on |bssid| ends the roam. A
+// build that answers without one waits as PING would: before each call from the third on, a
+// direct STATUS ends the calls once the station is on |bssid| (not before the second: the roam
+// has only begun, and the query would widen the gap in which an FT roam, done in milliseconds,
+// ends unseen). False when the first call saw no event in 3 s: the command was refused (waiting
 // mode drops its FAIL), or had nothing to do.
 bool AwaitSign(WpacliWrapper& client, const std::string& command, const std::string& bssid,
-               bool psk, Sign* sign) {
+               bool psk, Seen* seen) {
     const std::string signs =
             EventPattern(std::string("(") + kKeysSet + "|" + kEap + "|" + kStateChange +
                          "(-?[0-9]* ?[a-z]{0,5}$|-?[0-9]+ " + "state=9 BSSID=" + bssid + "))");
@@ -89,16 +104,28 @@ bool AwaitSign(WpacliWrapper& client, const std::string& command, const std::str
     static const std::regex kKeysMatch(EventPattern(kKeysSet));
     static const std::regex kStateMatch(EventPattern(kStateChange));
     static const std::regex kSubnetMatch(EventPattern(kSubnet));
-    *sign = Sign::kNone;
+    const std::regex completedMatch(
+            EventPattern(std::string(kStateChange) + "-?[0-9]+ state=9 BSSID=" + bssid));
+    Sign* const sign = &seen->sign;
     bool associated = false;  // the association's burst ended without keys
-    for (int calls = 0; calls < 8; ++calls) {
+    std::string last;         // what the last call handed back
+    int same = 0;             // calls in a row that handed back the same
+    for (int calls = 0; calls < kMaxCalls; ++calls) {
         std::string event;
         std::smatch prefix;
         // Once associated to |bssid| with the burst unseen, a call would wait for nothing.
-        if (calls > 1 && !associated && On(client, bssid)) return true;
-        const int32_t status = client.Execute(calls == 0 ? command : "PING", signs, event, true);
+        if (calls > 1 && !seen->sentState && !associated && On(client, bssid)) return true;
+        const char* next = calls == 0 ? command.c_str() : same < kStill ? "STATUS" : "PING";
+        const int32_t status = client.Execute(next, signs, event, true);
         if (calls == 0 && status == kNoEvent) return false;
         if (status != 0 || !std::regex_search(event, prefix, kPrefix)) return true;
+        same = event == last ? same + 1 : 0;
+        last = event;
+        seen->sentState = seen->sentState || std::regex_search(event, kStateMatch);
+        if (std::regex_search(event, completedMatch)) {
+            seen->completed = true;
+            return true;
+        }
         const bool inBurst = event.size() == prefix.length(0) + strlen(kAssociated) + 17;
         if (std::regex_search(event, kEapMatch)) {
             *sign = Sign::kEap;
@@ -167,25 +194,30 @@ bool Roam(WpacliWrapper& client, const std::string& bssid, bool overDs, RoamVia*
     const bool known =
             via != nullptr && CurrentBssid(client, &from) && ReadNetwork(client, from, &network);
     const std::string command = (overDs ? "FT_DS " : "ROAM ") + bssid;
-    Sign sign = Sign::kNone;
+    Seen seen;
     if (via == nullptr) {
         if (!Command(client, command)) return false;
     } else {
         *via = RoamVia::kUnknown;
-        if (!AwaitSign(client, command, bssid, network.psk, &sign)) return On(client, bssid);
+        if (!AwaitSign(client, command, bssid, network.psk, &seen)) return On(client, bssid);
     }
-    bool sentState = false;
-    Completion completion;
-    completion.bssid = bssid;
-    completion.sentState = &sentState;
-    completion.happened = [&client, &bssid] { return On(client, bssid); };
-    if (!AwaitCompleted(client, completion, nullptr)) return false;
-    // Whether FT is offered, from the BSS joined.
-    Network joined;
-    if (known && ReadNetwork(client, bssid, &joined)) {
+    if (!seen.completed) {
+        bool sentState = false;
+        Completion completion;
+        completion.bssid = bssid;
+        completion.sentState = &sentState;
+        completion.happened = [&client, &bssid] { return On(client, bssid); };
+        if (!AwaitCompleted(client, completion, nullptr)) return false;
+        seen.sentState = seen.sentState || sentState;
+    }
+    if (!known) return true;
+    if (seen.sign == Sign::kKeys) {
+        // Whether FT is offered, from the BSS joined.
+        Network joined;
+        if (!ReadNetwork(client, bssid, &joined)) return true;
         network.ft = joined.ft;
-        *via = Judge(sign, sentState, overDs, network);
     }
+    *via = Judge(seen.sign, seen.sentState, overDs, network);
     return true;
 }
 

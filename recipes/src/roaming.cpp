@@ -96,17 +96,17 @@ bool On(WpacliWrapper& client, const std::string& bssid) {
 // mode drops its FAIL), or had nothing to do.
 bool AwaitSign(WpacliWrapper& client, const std::string& command, const std::string& bssid,
                bool psk, Seen* seen) {
+    const std::string completed = std::string(kStateChange) + "-?[0-9]+ state=9 BSSID=" + bssid;
     const std::string signs =
             EventPattern(std::string("(") + kKeysSet + "|" + kEap + "|" + kStateChange +
-                         "(-?[0-9]* ?[a-z]{0,5}$|-?[0-9]+ " + "state=9 BSSID=" + bssid + "))");
+                         "-?[0-9]* ?[a-z]{0,5}$|" + completed + ")");
     const std::regex signsMatch(signs);
     static const std::regex kPrefix("^(IFNAME=\\S+ )?<[0-9]>");
     static const std::regex kEapMatch(EventPattern(kEap));
     static const std::regex kKeysMatch(EventPattern(kKeysSet));
     static const std::regex kStateMatch(EventPattern(kStateChange));
     static const std::regex kSubnetMatch(EventPattern(kSubnet));
-    const std::regex completedMatch(
-            EventPattern(std::string(kStateChange) + "-?[0-9]+ state=9 BSSID=" + bssid));
+    const std::regex completedMatch(EventPattern(completed));
     Sign* const sign = &seen->sign;
     bool associated = false;  // the association's burst ended without keys
     std::string last;         // what the last call handed back

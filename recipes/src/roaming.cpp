@@ -107,7 +107,6 @@ bool AwaitSign(WpacliWrapper& client, const std::string& command, const std::str
     static const std::regex kStateMatch(EventPattern(kStateChange));
     static const std::regex kSubnetMatch(EventPattern(kSubnet));
     const std::regex completedMatch(EventPattern(completed));
-    Sign* const sign = &seen->sign;
     bool associated = false;  // the association's burst ended without keys
     std::string last;         // what the last call handed back
     int same = 0;             // calls in a row that handed back the same
@@ -129,7 +128,7 @@ bool AwaitSign(WpacliWrapper& client, const std::string& command, const std::str
         }
         const bool inBurst = event.size() == prefix.length(0) + strlen(kAssociated) + 17;
         if (std::regex_search(event, kEapMatch)) {
-            *sign = Sign::kEap;
+            seen->sign = Sign::kEap;
             return true;
         }
         if (associated || !inBurst) {
@@ -139,15 +138,15 @@ bool AwaitSign(WpacliWrapper& client, const std::string& command, const std::str
             continue;
         }
         if (std::regex_search(event, kKeysMatch)) {
-            *sign = Sign::kKeys;
+            seen->sign = Sign::kKeys;
         } else if (std::regex_search(event, kStateMatch)) {
-            *sign = Sign::kHandshake;
+            seen->sign = Sign::kHandshake;
         } else if (!std::regex_search(event, kSubnetMatch)) {
             return true;
         } else if (psk) {
             // The association's burst ended here, without keys: a PSK network's come from the
             // handshake; an 802.1X network may show its EAP exchange yet.
-            *sign = Sign::kNoKeys;
+            seen->sign = Sign::kNoKeys;
         } else {
             associated = true;
             continue;

@@ -270,8 +270,10 @@ bool Connect(WpacliWrapper& client, const std::string& ssid, Security security,
         // are left, which a call that waits for them would often miss.
         completion.settlingFrom = kFourWayHandshake;
         completion.stateAfterEvents = false;
+        // A PMKSA is added once the exchange gave a key, before the handshake.
         completion.settledBy =
-                "CTRL-EVENT-EAP-(SUCCESS |STATUS status='completion' parameter='success')";
+                "(CTRL-EVENT-EAP-(SUCCESS |STATUS status='completion' parameter='success')|"
+                "PMKSA-CACHE-ADDED )";
     }
     const auto start = std::chrono::steady_clock::now();
     if (AwaitCompleted(client, completion, &result->bssid)) {

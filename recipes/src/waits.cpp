@@ -28,17 +28,21 @@ constexpr const char* kCutBeforeMac = "[ A-Za-z]{0,14}[0-9a-f:]{0,16}$";
 // (the station in the handshake for seconds) reaches; then it waits on PING.
 constexpr std::chrono::milliseconds kSpacing(2);
 constexpr int kSpacedQueries = 9;
+constexpr int kAssociatedState = 6;  // wpa_states: WPA_ASSOCIATED
 
 // The events that tell a connection completed: the supplicant's own, the one a device build's
-// STATUS sends ("connection", "(auth)"), and that build's state change: to |bssid| (any when
-// empty), on the network whose id matches the pattern |id|. A CONNECTED behind a shorter event of
-// the same call comes cut, often before its BSSID ("<3>CTRL-EVENT-CONNECTED - Connection" behind
-// "<3>Associated with 02:00:00:00:01:00"): its name, at the start, still tells what happened.
+// STATUS sends ("connection", "(auth)"), that build's state change, and the keys set: to |bssid|
+// (any when empty), on the network whose id matches the pattern |id|. A CONNECTED or keys behind a
+// shorter event of the same call come cut, often before the BSSID ("<3>CTRL-EVENT-CONNECTED -
+// Connection" behind "<3>Associated with 02:00:00:00:01:00"): the name, at the start, still tells
+// what happened. The keys come first, and on a desktop build they may be the last event a call
+// sees of a connection.
 std::string CompletedPattern(const std::string& bssid, const std::string& id) {
     const std::string mac = bssid.empty() ? "[0-9a-f:]{17}" : bssid;
+    const std::string macOrCut = "( with " + mac + "|" + kCutBeforeMac + ")";
     return EventPattern("(" + std::string(kConnectedEvent) + "([Cc]onnection to " + mac + "|" +
                         kCutBeforeMac + ")|" + kStateChangeEvent + id + " state=9 BSSID=" + mac +
-                        ")");
+                        "|" + kKeysSetEvent + macOrCut + ")");
 }
 
 }  // namespace
@@ -81,7 +85,15 @@ bool AwaitCompleted(WpacliWrapper& client, const Completion& completion, std::st
     wait.happened = completion.happened;
     wait.seconds = completion.seconds;
     std::string found;
+    static const std::regex kKeysSet(
+            EventPattern(kKeysSetEvent + std::string("( with ([0-9a-f:]{17}))?")));
     wait.judge = [&](const std::string& event) {
+        std::smatch keys;
+        if (std::regex_search(event, keys, kKeysSet)) {
+            if (!bssid.empty() && keys[3].matched && keys[3] != bssid) return Verdict::kNotYet;
+            found = keys[3];
+            return Verdict::kDone;
+        }
         State state;
         const bool read = ParseState(event, &state);
         // A BSSID the event no longer holds is checked below, with STATUS.
@@ -199,11 +211,15 @@ bool AwaitSettling(WpacliWrapper& client, const std::string& command, const Wait
     // Whether this supplicant sends its state as events: a build as devices build it.
     bool sendsState = false;
     int asked = 0;              // state queries in a row that did not hand back a state
-    int spaced = 0;             // state queries that no event prompted
+    int spaced = 0;             // state queries that no event prompted, settling
+    int spacedJoining = 0;      // and before
     int last = -1;              // the state last read
     bool sawSettledBy = false;  // an event of settling.settledBy came
     const std::regex settledByMatch(EventPattern(settling.settledBy));
     const auto settled = [&] { return sawSettledBy || last >= settling.settlingFrom; };
+    // Authenticating and associating, the AP answers within milliseconds too, and nothing that
+    // tells an outcome comes before the association.
+    const auto joining = [&] { return last >= kAuthenticating && last < kAssociatedState; };
     std::string next = command;
     std::string response;
     const auto tell = [&settling, &sendsState](bool done) {
@@ -225,11 +241,19 @@ bool AwaitSettling(WpacliWrapper& client, const std::string& command, const Wait
             }
             State state;
             const bool read = ParseState(response, &state);
-            if (read) last = state.state;
+            // Cut before its BSSID, a state change still tells how far the flow got.
+            static const std::regex kCutState(
+                    EventPattern(std::string(kStateChangeEvent) + "-?[0-9]+ state=([0-9])( |$)"));
+            std::smatch cut;
+            if (read) {
+                last = state.state;
+            } else if (std::regex_search(response, cut, kCutState)) {
+                last = Number(cut[2]);
+            }
             sawSettledBy = sawSettledBy || (!settling.settledBy.empty() &&
                                             std::regex_search(response, settledByMatch));
             asked = next == "STATUS" && !read ? asked + 1 : 0;
-            quiet = !settling.stateAfterEvents && !settled();
+            quiet = !settling.stateAfterEvents && !settled() && !joining();
         } else if (!(sendsState && wait.askState) && wait.happened && wait.happened()) {
             if (event != nullptr) event->clear();
             return tell(true);
@@ -244,13 +268,16 @@ bool AwaitSettling(WpacliWrapper& client, const std::string& command, const Wait
             // waits as PING does. Behind other events of the same call the state comes cut, or
             // not last: ask again.
             next = "STATUS";
-        } else if (sendsState && settled() && last < kCompleted && spaced < kSpacedQueries) {
+        } else if (sendsState && last < kCompleted && (settled() || joining())) {
             // From association on, the flow's last events come within milliseconds of each other
             // with nothing after them: should they fall between this call and a PING, that PING
             // would wait 3 s. Ask the state again a little later instead.
-            std::this_thread::sleep_for(kSpacing);
-            ++spaced;
-            next = "STATUS";
+            int& count = settled() ? spaced : spacedJoining;
+            if (count < kSpacedQueries) {
+                std::this_thread::sleep_for(kSpacing);
+                ++count;
+                next = "STATUS";
+            }
         }
     }
 }

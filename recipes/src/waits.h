@@ -18,6 +18,11 @@ namespace tesmir::recipes {
 // Every waiting-mode call gives up after 3 s without an event, with this status.
 constexpr int32_t kNoEvent = -22;
 
+// "<3>WPA: Key negotiation completed with 02:00:00:00:01:00 [PTK=CCMP GTK=CCMP]": the supplicant
+// sets the completed state in the same step, on any build (wpa_supplicant_key_neg_complete,
+// src/rsn_supp/wpa.c).
+constexpr const char* kKeysSetEvent = "WPA: Key negotiation completed";
+
 // One BSS query, narrowed by MASK= to fields that fit the 63 bytes a reply may have. The BSS must
 // be held: the reply for one that is not is empty, and an empty reply ends the process.
 bool QueryBss(WpacliWrapper& client, const std::string& which, const char* mask,

@@ -311,13 +311,15 @@ enum class RoamVia {
 // first sends ROAM or FT_DS itself, so that no event of the roam comes before a call is attached;
 // waiting mode drops its reply, so a refused roam returns false, and one to the BSS already joined
 // true, after 3 s. The others send STATUS. A build as devices build it answers with the state as an
-// event, so each returns at once, sending every attached client the state, and the roam ends at
-// the state that shows it completed; 16 in a row that show the same state are followed by a PING
-// that waits for the next event, which waits out 3 s if the roam ended just before it. A desktop
-// build answers without one: each call waits as PING would, a direct STATUS before each from the
-// third on ends them once the station is on |bssid|, and a call that begins after the roam ended
-// waits out 3 s. How often, and how each way told, measured on mac80211 (the supplicant's own
-// SME): docs/RECIPES.md, "Roaming".
+// event, so each returns at once, sending every attached client the state; 16 in a row that show
+// the same state are followed by a PING that waits for the next event, which waits out 3 s if the
+// roam ended just before it. The roam ends at the state that shows it completed, or at the keys
+// set, which the supplicant completes in the same step (a direct STATUS checks the BSSID when the
+// event was cut before it). A desktop build answers without one: each
+// call waits as PING would, a direct STATUS before each from the third on and after the last
+// ends them once the station is associated to |bssid|, and a call that begins after the roam
+// ended waits out 3 s. How often, and how each way told, measured on mac80211 (the supplicant's
+// own SME): docs/RECIPES.md, "Roaming".
 bool Roam(WpacliWrapper& client, const std::string& bssid, bool overDs, RoamVia* via);
 
 // Waits up to |seconds| for the link to drop (the AP going away, or a deauthentication), and

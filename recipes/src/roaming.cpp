@@ -24,7 +24,6 @@ namespace {
 // may go through a whole EAP exchange before it serves the next call's attach, so a call's
 // first event tells nothing of what came before it.
 constexpr const char* kAssociated = "Associated with ";
-constexpr const char* kKeysSet = "WPA: Key negotiation completed";
 constexpr const char* kSubnet = "CTRL-EVENT-SUBNET-STATUS-UPDATE";
 constexpr const char* kEap = "CTRL-EVENT-EAP-(STARTED|PROPOSED-METHOD|METHOD|STATUS|PEER-)";
 constexpr const char* kStateChange = "CTRL-EVENT-STATE-CHANGE id=";
@@ -44,13 +43,6 @@ enum class Sign {
 constexpr int kMaxCalls = 40;
 constexpr int kStill = 16;
 
-// What the calls of a roam saw.
-struct Seen {
-    Sign sign = Sign::kNone;
-    bool sentState = false;  // a state change: a build as devices build it
-    bool completed = false;  // a state change on |bssid| completed
-};
-
 // What the flags of a BSS ("[WPA2-EAP-CCMP][ESS]", "[WPA2-PSK+FT/PSK-CCMP]") say it is.
 struct Network {
     bool eap = false;  // 802.1X only
@@ -58,9 +50,19 @@ struct Network {
     bool ft = false;   // offers FT
 };
 
+// What the calls of a roam saw.
+struct Seen {
+    Sign sign = Sign::kNone;
+    bool sentState = false;  // a state change: a build as devices build it
+    bool completed = false;  // a state change on |bssid| completed, or its keys were set
+    bool keysSet = false;    // keys were set: completed, on the BSSID STATUS shows
+    bool joinedRead = false;
+    Network joined;  // the BSS joined, read while the AP answers
+};
+
 bool ReadNetwork(WpacliWrapper& client, const std::string& bssid, Network* network) {
     std::string reply;
-    // Only for a BSS the station is associated with, which is held.
+    // Only for a BSS the station is associated with or roaming to, which is held.
     if (!QueryBss(client, bssid, "0x800", &reply) || reply.size() >= 63) {
         return false;
     }
@@ -88,22 +90,24 @@ bool On(WpacliWrapper& client, const std::string& bssid) {
 // PSK network's association without keys is enough: its keys come from the handshake. A burst
 // that comes between two calls is gone, so the later calls send STATUS: a build as devices build
 // it answers with the state as an event, and the call returns at once with it, where a PING
-// would wait out 3 s for a burst already gone; a state completed on |bssid| ends the roam. A
-// build that answers without one waits as PING would: before each call from the third on, a
-// direct STATUS ends the calls once the station is on |bssid| (not before the second: the roam
-// has only begun, and the query would widen the gap in which an FT roam, done in milliseconds,
-// ends unseen). False when the first call saw no event in 3 s: the command was refused (waiting
-// mode drops its FAIL), or had nothing to do.
+// would wait out 3 s for a burst already gone. A state completed on |bssid|, or keys set, ends
+// the roam. A build that answers without one waits as PING would: before each call from the
+// third on, a direct STATUS ends the calls once the station is on |bssid| (not before the
+// second: the roam has only begun, and the query would widen the gap in which an FT roam, done
+// in milliseconds, ends unseen). False when the first call saw no event in 3 s: the command was
+// refused (waiting mode drops its FAIL), or had nothing to do.
 bool AwaitSign(WpacliWrapper& client, const std::string& command, const std::string& bssid,
-               bool psk, Seen* seen) {
-    const std::string completed = std::string(kStateChange) + "-?[0-9]+ state=9 BSSID=" + bssid;
+               bool psk, bool readJoined, Seen* seen) {
+    const std::string completed = std::string("(") + kStateChange +
+                                  "-?[0-9]+ state=9 BSSID=" + bssid + "|" + kKeysSetEvent +
+                                  " with " + bssid + ")";
     const std::string signs =
-            EventPattern(std::string("(") + kKeysSet + "|" + kEap + "|" + kStateChange +
+            EventPattern(std::string("(") + kKeysSetEvent + "|" + kEap + "|" + kStateChange +
                          "-?[0-9]* ?[a-z]{0,5}$|" + completed + ")");
     const std::regex signsMatch(signs);
     static const std::regex kPrefix("^(IFNAME=\\S+ )?<[0-9]>");
     static const std::regex kEapMatch(EventPattern(kEap));
-    static const std::regex kKeysMatch(EventPattern(kKeysSet));
+    static const std::regex kKeysMatch(EventPattern(kKeysSetEvent));
     static const std::regex kStateMatch(EventPattern(kStateChange));
     static const std::regex kSubnetMatch(EventPattern(kSubnet));
     const std::regex completedMatch(EventPattern(completed));
@@ -115,6 +119,10 @@ bool AwaitSign(WpacliWrapper& client, const std::string& command, const std::str
         std::smatch prefix;
         // Once associated to |bssid| with the burst unseen, a call would wait for nothing.
         if (calls > 1 && !seen->sentState && !associated && On(client, bssid)) return true;
+        // The roam began (a refused one has no event): what keys would say depends on the BSS
+        // joined. Read now, not after the roam, when the supplicant, busy with its aftermath,
+        // would answer late.
+        if (calls == 1 && readJoined) seen->joinedRead = ReadNetwork(client, bssid, &seen->joined);
         const char* next = calls == 0 ? command.c_str() : same < kStill ? "STATUS" : "PING";
         const int32_t status = client.Execute(next, signs, event, true);
         if (calls == 0 && status == kNoEvent) return false;
@@ -127,6 +135,8 @@ bool AwaitSign(WpacliWrapper& client, const std::string& command, const std::str
             return true;
         }
         const bool inBurst = event.size() == prefix.length(0) + strlen(kAssociated) + 17;
+        // Keys the first call saw before the association may be the BSS's left.
+        seen->keysSet = (calls > 0 || inBurst) && std::regex_search(event, kKeysMatch);
         if (std::regex_search(event, kEapMatch)) {
             seen->sign = Sign::kEap;
             return true;
@@ -199,7 +209,14 @@ bool Roam(WpacliWrapper& client, const std::string& bssid, bool overDs, RoamVia*
         if (!Command(client, command)) return false;
     } else {
         *via = RoamVia::kUnknown;
-        if (!AwaitSign(client, command, bssid, network.psk, &seen)) return On(client, bssid);
+        if (!AwaitSign(client, command, bssid, network.psk, known, &seen)) {
+            return On(client, bssid);
+        }
+        // Keys set, or a build that sends no states, where a call that begins after the roam
+        // ended waits out 3 s: whether the station is on |bssid| now.
+        if (!seen.completed && (seen.keysSet || !seen.sentState)) {
+            seen.completed = On(client, bssid);
+        }
     }
     if (!seen.completed) {
         bool sentState = false;
@@ -213,9 +230,8 @@ bool Roam(WpacliWrapper& client, const std::string& bssid, bool overDs, RoamVia*
     if (!known) return true;
     if (seen.sign == Sign::kKeys) {
         // Whether FT is offered, from the BSS joined.
-        Network joined;
-        if (!ReadNetwork(client, bssid, &joined)) return true;
-        network.ft = joined.ft;
+        if (!seen.joinedRead && !ReadNetwork(client, bssid, &seen.joined)) return true;
+        network.ft = seen.joined.ft;
     }
     *via = Judge(seen.sign, seen.sentState, overDs, network);
     return true;

@@ -28,7 +28,6 @@ constexpr const char* kCutBeforeMac = "[ A-Za-z]{0,14}[0-9a-f:]{0,16}$";
 // (the station in the handshake for seconds) reaches; then it waits on PING.
 constexpr std::chrono::milliseconds kSpacing(2);
 constexpr int kSpacedQueries = 9;
-constexpr int kAssociatedState = 6;  // wpa_states: WPA_ASSOCIATED
 
 // The events that tell a connection completed: the supplicant's own, the one a device build's
 // STATUS sends ("connection", "(auth)"), that build's state change, and the keys set: to |bssid|
@@ -211,15 +210,11 @@ bool AwaitSettling(WpacliWrapper& client, const std::string& command, const Wait
     // Whether this supplicant sends its state as events: a build as devices build it.
     bool sendsState = false;
     int asked = 0;              // state queries in a row that did not hand back a state
-    int spaced = 0;             // state queries that no event prompted, settling
-    int spacedJoining = 0;      // and before
+    int spaced = 0;             // state queries that no event prompted
     int last = -1;              // the state last read
     bool sawSettledBy = false;  // an event of settling.settledBy came
     const std::regex settledByMatch(EventPattern(settling.settledBy));
     const auto settled = [&] { return sawSettledBy || last >= settling.settlingFrom; };
-    // Authenticating and associating, the AP answers within milliseconds too, and nothing that
-    // tells an outcome comes before the association.
-    const auto joining = [&] { return last >= kAuthenticating && last < kAssociatedState; };
     std::string next = command;
     std::string response;
     const auto tell = [&settling, &sendsState](bool done) {
@@ -253,7 +248,7 @@ bool AwaitSettling(WpacliWrapper& client, const std::string& command, const Wait
             sawSettledBy = sawSettledBy || (!settling.settledBy.empty() &&
                                             std::regex_search(response, settledByMatch));
             asked = next == "STATUS" && !read ? asked + 1 : 0;
-            quiet = !settling.stateAfterEvents && !settled() && !joining();
+            quiet = !settling.stateAfterEvents && !settled();
         } else if (!(sendsState && wait.askState) && wait.happened && wait.happened()) {
             if (event != nullptr) event->clear();
             return tell(true);
@@ -268,16 +263,13 @@ bool AwaitSettling(WpacliWrapper& client, const std::string& command, const Wait
             // waits as PING does. Behind other events of the same call the state comes cut, or
             // not last: ask again.
             next = "STATUS";
-        } else if (sendsState && last < kCompleted && (settled() || joining())) {
+        } else if (sendsState && settled() && last < kCompleted && spaced < kSpacedQueries) {
             // From association on, the flow's last events come within milliseconds of each other
             // with nothing after them: should they fall between this call and a PING, that PING
             // would wait 3 s. Ask the state again a little later instead.
-            int& count = settled() ? spaced : spacedJoining;
-            if (count < kSpacedQueries) {
-                std::this_thread::sleep_for(kSpacing);
-                ++count;
-                next = "STATUS";
-            }
+            std::this_thread::sleep_for(kSpacing);
+            ++spaced;
+            next = "STATUS";
         }
     }
 }

@@ -270,7 +270,8 @@ bool Connect(WpacliWrapper& client, const std::string& ssid, Security security,
              const std::string& passphrase, const std::vector<NetworkField>& fields,
              const std::string& freqs, ConnectResult* result, int seconds = 30);
 
-// The BSSID of the current association, from the first line of STATUS; false when there is none.
+// The BSSID of the current association, from the first line of STATUS-NO_EVENTS (STATUS that on
+// a build as devices build it sends no event); false when there is none.
 bool CurrentBssid(WpacliWrapper& client, std::string* bssid);
 
 struct Signal {

@@ -301,9 +301,12 @@ bool Connect(WpacliWrapper& client, const std::string& ssid, Security security,
 
 bool CurrentBssid(WpacliWrapper& client, std::string* bssid) {
     // Associated, STATUS begins with "bssid=xx:xx:xx:xx:xx:xx\n"; otherwise with wpa_state=.
-    // Its wpa_state line comes too late to fit once associated.
+    // Its wpa_state line comes too late to fit once associated. -NO_EVENTS: a build as devices
+    // build it would also send every attached client the state; a desktop build ignores it.
     std::string status;
-    if (!Command(client, "STATUS", &status) || status.rfind("bssid=", 0) != 0) return false;
+    if (!Command(client, "STATUS-NO_EVENTS", &status) || status.rfind("bssid=", 0) != 0) {
+        return false;
+    }
     if (bssid != nullptr) *bssid = Field(status, "bssid");
     return true;
 }

@@ -114,6 +114,9 @@ class Station {
         if (command == "PING") return "PONG\n";
         if (command == "ADD_NETWORK") return "0\n";
         if (command.rfind("BSS ", 0) == 0) return "flags=[WPA2-PSK+FT/PSK-CCMP][ESS]\n";
+        if (command == "STATUS-NO_EVENTS") {
+            return state_ == recipes::kCompleted ? "bssid=" + bssid_ + "\n" : "wpa_state=\n";
+        }
         if (command != "STATUS") return "OK\n";
         ++queries;
         if (!desktop_) fake::Emit(StateChange(state_, bssid_));

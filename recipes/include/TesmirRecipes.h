@@ -307,20 +307,21 @@ enum class RoamVia {
 // a handshake's state (cached for an 802.1X network, full for PSK). What the network is comes
 // from the flags (BSS) of the BSSes left and joined. kUnknown when a burst was split between
 // two calls or fell between them (often, on a device's clock), for FT on a desktop build, which
-// sends no states, for SAE and OWE, and for keys a driver set itself; never a guess. Beyond Roam():
-// STATUS and BSS for the BSS left, BSS for the one joined after keys, and waiting-mode calls. The
-// first sends ROAM or FT_DS itself, so that no event of the roam comes before a call is attached;
-// waiting mode drops its reply, so a refused roam returns false, and one to the BSS already joined
-// true, after 3 s. The others send STATUS. A build as devices build it answers with the state as an
-// event, so each returns at once, sending every attached client the state; 16 in a row that show
-// the same state are followed by a PING that waits for the next event, which waits out 3 s if the
-// roam ended just before it. The roam ends at the state that shows it completed, or at the keys
-// set, which the supplicant completes in the same step (a direct STATUS checks the BSSID when the
-// event was cut before it). A desktop build answers without one: each
-// call waits as PING would, a direct STATUS before each from the third on and after the last
-// ends them once the station is associated to |bssid|, and a call that begins after the roam
-// ended waits out 3 s. How often, and how each way told, measured on mac80211 (the supplicant's
-// own SME): docs/RECIPES.md, "Roaming".
+// sends no states (or where the keys came before any call showed one), for SAE and OWE, and for
+// keys a driver set itself; never a guess. Beyond Roam(): STATUS and BSS for the BSS left, BSS
+// for the one joined once the roam began, and waiting-mode calls. The first sends ROAM or FT_DS
+// itself, so that no event of the roam comes before a call is attached; waiting mode drops its
+// reply, so a refused roam returns false, and one to the BSS already joined true, after 3 s. The
+// others send STATUS. A build as devices build it answers with the state as an event, so each
+// returns at once, sending every attached client the state; 16 in a row that show the same state
+// are followed by a PING that waits for the next event, which waits out 3 s if the roam ended
+// just before it. The roam ends at the state that shows it completed, or at the keys, which the
+// supplicant sets in the same step (a direct STATUS checks the BSSID when the event was cut
+// before it). A desktop build answers without one: each call waits as PING would, a direct
+// STATUS before each from the third on and after the last ends them once the station is
+// associated to |bssid|, and a call that begins after the roam ended waits out 3 s. How often,
+// and how each way told, measured on mac80211 (the supplicant's own SME): docs/RECIPES.md,
+// "Roaming".
 bool Roam(WpacliWrapper& client, const std::string& bssid, bool overDs, RoamVia* via);
 
 // Waits up to |seconds| for the link to drop (the AP going away, or a deauthentication), and

@@ -37,7 +37,7 @@ enum class Sign {
 };
 
 // A roam's calls: enough for one whose calls each return at once with the state to complete (in
-// the radio lab, on its real clock, up to 22 queries in a roam), and how many in a row may show
+// the radio lab, on its real clock, up to 17 queries in a roam), and how many in a row may show
 // the same before a PING waits for the next burst instead: the AP is slow, and the queries only
 // load the supplicant.
 constexpr int kMaxCalls = 40;

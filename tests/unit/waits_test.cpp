@@ -83,11 +83,11 @@ Flow Ft(const std::string& bssid) {
 }
 
 // The supplicant's answers, and its station: STATUS sends every attached client the present state
-// (and a CONNECTED once completed), unless it is built as desktops build it, which sends no state
-// changes at all. The flow moves on by an event during each state query and
-// while a call waits for an event, after |quiet| waits that find none; its last burst and what
-// comes after, only while a call waits. The last burst comes in
-// the gap after the |gap|-th call that follows the event before it, unless a call meets it first.
+// (and a CONNECTED once completed), unless |desktop|: built as desktops build it, it sends no
+// state changes at all. The flow moves on by an event during each state query and while a call
+// waits for an event, after |quiet| waits that find none; its last burst and what comes after,
+// only while a call waits. The last burst comes in the gap after the |gap|-th call that follows
+// the event before it, unless a call meets it first.
 class Station {
   public:
     Station(Flow flow, int state, std::string bssid, int gap, int quiet = 0, bool desktop = false)

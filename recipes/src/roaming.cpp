@@ -91,13 +91,15 @@ bool On(WpacliWrapper& client, const std::string& bssid) {
 // that comes between two calls is gone, so the later calls send STATUS: a build as devices build
 // it answers with the state as an event, and the call returns at once with it, where a PING
 // would wait out 3 s for a burst already gone. A state completed on |bssid|, or keys set, ends
-// the roam. A build that answers without one waits as PING would: before each call from the
-// third on, a direct STATUS ends the calls once the station is on |bssid| (not before the
-// second: the roam has only begun, and the query would widen the gap in which an FT roam, done
-// in milliseconds, ends unseen). False when the first call saw no event in 3 s: the command was
-// refused (waiting mode drops its FAIL), or had nothing to do.
+// the roam. A build that answers without one waits as PING would: where |network| offers FT,
+// whose keys come with the reassociation, before each call from the third on a direct STATUS
+// ends the calls once the station is on |bssid| (not before the second: the roam has only
+// begun, and the query would widen the gap in which an FT roam, done in milliseconds, ends
+// unseen). Without FT, STATUS shows the BSSID from the association on, the handshake still
+// ahead. False when the first call saw no event in 3 s: the command was refused (waiting mode
+// drops its FAIL), or had nothing to do.
 bool AwaitSign(WpacliWrapper& client, const std::string& command, const std::string& bssid,
-               bool psk, bool readJoined, Seen* seen) {
+               const Network& network, bool readJoined, Seen* seen) {
     const std::string completed = std::string("(") + kStateChange +
                                   "-?[0-9]+ state=9 BSSID=" + bssid + "|" + kKeysSetEvent +
                                   " with " + bssid + ")";
@@ -117,8 +119,11 @@ bool AwaitSign(WpacliWrapper& client, const std::string& command, const std::str
     for (int calls = 0; calls < kMaxCalls; ++calls) {
         std::string event;
         std::smatch prefix;
-        // Once associated to |bssid| with the burst unseen, a call would wait for nothing.
-        if (calls > 1 && !seen->sentState && !associated && On(client, bssid)) return true;
+        // Once associated to |bssid| with the burst unseen, and the keys with it, a call would
+        // wait for nothing.
+        if (calls > 1 && !seen->sentState && !associated && network.ft && On(client, bssid)) {
+            return true;
+        }
         // The roam began (a refused one has no event): what keys would say depends on the BSS
         // joined. Read now, not after the roam, when the supplicant, busy with its aftermath,
         // would answer late.
@@ -153,7 +158,7 @@ bool AwaitSign(WpacliWrapper& client, const std::string& command, const std::str
             seen->sign = Sign::kHandshake;
         } else if (!std::regex_search(event, kSubnetMatch)) {
             return true;
-        } else if (psk) {
+        } else if (network.psk) {
             // The association's burst ended here, without keys: a PSK network's come from the
             // handshake; an 802.1X network may show its EAP exchange yet.
             seen->sign = Sign::kNoKeys;
@@ -209,12 +214,16 @@ bool Roam(WpacliWrapper& client, const std::string& bssid, bool overDs, RoamVia*
         if (!Command(client, command)) return false;
     } else {
         *via = RoamVia::kUnknown;
-        if (!AwaitSign(client, command, bssid, network.psk, known, &seen)) {
+        if (!AwaitSign(client, command, bssid, network, known, &seen)) {
             return On(client, bssid);
         }
         // Keys set, or a build that sends no states, where a call that begins after the roam
-        // ended waits out 3 s: whether the station is on |bssid| now.
-        if (!seen.completed && (seen.keysSet || !seen.sentState)) {
+        // ended waits out 3 s: whether the station is on |bssid| now. Not once the calls saw
+        // it associate without keys: the handshake is yet to end, and the wait's first call
+        // takes its keys.
+        const bool keysAhead = seen.sign == Sign::kNoKeys || seen.sign == Sign::kHandshake ||
+                               seen.sign == Sign::kEap;
+        if (!seen.completed && !keysAhead && (seen.keysSet || !seen.sentState)) {
             seen.completed = On(client, bssid);
         }
     }

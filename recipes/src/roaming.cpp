@@ -140,8 +140,9 @@ bool AwaitSign(WpacliWrapper& client, const std::string& command, const std::str
             return true;
         }
         const bool inBurst = event.size() == prefix.length(0) + strlen(kAssociated) + 17;
+        const bool keys = std::regex_search(event, kKeysMatch);
         // Keys the first call saw before the association may be the BSS's left.
-        seen->keysSet = (calls > 0 || inBurst) && std::regex_search(event, kKeysMatch);
+        seen->keysSet = (calls > 0 || inBurst) && keys;
         if (std::regex_search(event, kEapMatch)) {
             seen->sign = Sign::kEap;
             return true;
@@ -152,7 +153,7 @@ bool AwaitSign(WpacliWrapper& client, const std::string& command, const std::str
             if (std::regex_search(event, signsMatch)) return true;
             continue;
         }
-        if (std::regex_search(event, kKeysMatch)) {
+        if (keys) {
             seen->sign = Sign::kKeys;
         } else if (std::regex_search(event, kStateMatch)) {
             seen->sign = Sign::kHandshake;

@@ -316,16 +316,17 @@ enum class RoamVia {
 // returns at once, sending every attached client the state; 16 in a row that show the same state
 // are followed by a PING that waits for the next event, which waits out 3 s if the roam ended
 // just before it. The roam ends at the state that shows it completed, or at the keys, which the
-// supplicant sets in the same step (a direct STATUS checks the BSSID when the event was cut
-// before it). A desktop build answers without one: each call waits as PING would. A direct
-// STATUS after the last, and before each from the third on where the BSS left offers FT (whose
-// keys come with the reassociation), ends them once the station is associated to |bssid|; not
-// once a call saw it associate without keys: STATUS shows the BSSID from the association on,
-// and a roam sent before the handshake ends is answered OK and dropped (sme.c), so the roam
-// waits for the keys. A network configured without FT on APs that offer it can still end before
-// its handshake, when its association came between two calls. A call that begins after the roam
-// ended waits out 3 s. How often, and how each way told, measured on mac80211 (the supplicant's
-// own SME): docs/RECIPES.md, "Roaming".
+// supplicant sets in the same step. Keys cut before their BSSID count as |bssid|'s right behind
+// an association, since an association to any other BSS ends the calls (the roam then returns
+// false); elsewhere a direct STATUS checks the BSSID. A desktop build answers without one: each
+// call waits as PING would. A direct STATUS after the last, and before each from the third on
+// where the BSS left offers FT (whose keys come with the reassociation), ends them once the
+// station is associated to |bssid|; not once a call saw it associate without keys: STATUS shows
+// the BSSID from the association on, and a roam sent before the handshake ends is answered OK
+// and dropped (sme.c), so the roam waits for the keys. A network configured without FT on APs
+// that offer it can still end before its handshake, when its association came between two
+// calls. A call that begins after the roam ended waits out 3 s. How often, and how each way
+// told, measured on mac80211 (the supplicant's own SME): docs/RECIPES.md, "Roaming".
 bool Roam(WpacliWrapper& client, const std::string& bssid, bool overDs, RoamVia* via);
 
 // Waits up to |seconds| for the link to drop (the AP going away, or a deauthentication), and

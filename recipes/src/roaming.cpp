@@ -56,6 +56,8 @@ struct Seen {
     bool sentState = false;  // a state change: a build as devices build it
     bool completed = false;  // a state change on |bssid| completed, or its keys were set
     bool keysSet = false;    // keys were set: completed, on the BSSID STATUS shows
+    bool elsewhere = false;  // associated to another BSS: another client's roam, or the
+                             // supplicant's own
     bool joinedRead = false;
     Network joined;  // the BSS joined, read while the AP answers
 };
@@ -103,9 +105,11 @@ bool AwaitSign(WpacliWrapper& client, const std::string& command, const std::str
     const std::string completed = std::string("(") + kStateChange +
                                   "-?[0-9]+ state=9 BSSID=" + bssid + "|" + kKeysSetEvent +
                                   " with " + bssid + ")";
+    // Ends the call, so that keys cut behind an association are known to be |bssid|'s.
+    const std::string elsewhere = std::string(kAssociated) + "(?!" + bssid + ")[0-9a-f:]{17}";
     const std::string signs =
             EventPattern(std::string("(") + kKeysSetEvent + "|" + kEap + "|" + kStateChange +
-                         "-?[0-9]* ?[a-z]{0,5}$|" + completed + ")");
+                         "-?[0-9]* ?[a-z]{0,5}$|" + completed + "|" + elsewhere + ")");
     const std::regex signsMatch(signs);
     static const std::regex kPrefix("^(IFNAME=\\S+ )?<[0-9]>");
     static const std::regex kEapMatch(EventPattern(kEap));
@@ -113,6 +117,7 @@ bool AwaitSign(WpacliWrapper& client, const std::string& command, const std::str
     static const std::regex kStateMatch(EventPattern(kStateChange));
     static const std::regex kSubnetMatch(EventPattern(kSubnet));
     const std::regex completedMatch(EventPattern(completed));
+    const std::regex elsewhereMatch(EventPattern(elsewhere));
     bool associated = false;  // the association's burst ended without keys
     std::string last;         // what the last call handed back
     int same = 0;             // calls in a row that handed back the same
@@ -139,6 +144,10 @@ bool AwaitSign(WpacliWrapper& client, const std::string& command, const std::str
             seen->completed = true;
             return true;
         }
+        if (std::regex_search(event, elsewhereMatch)) {
+            seen->elsewhere = true;
+            return true;
+        }
         const bool inBurst = event.size() == prefix.length(0) + strlen(kAssociated) + 17;
         const bool keys = std::regex_search(event, kKeysMatch);
         // Keys the first call saw before the association may be the BSS's left.
@@ -154,7 +163,10 @@ bool AwaitSign(WpacliWrapper& client, const std::string& command, const std::str
             continue;
         }
         if (keys) {
+            // Cut before their BSSID, but behind the association to |bssid|: one to any other
+            // would have ended the call. The supplicant completed as it set them.
             seen->sign = Sign::kKeys;
+            seen->completed = true;
         } else if (std::regex_search(event, kStateMatch)) {
             seen->sign = Sign::kHandshake;
         } else if (!std::regex_search(event, kSubnetMatch)) {
@@ -215,7 +227,7 @@ bool Roam(WpacliWrapper& client, const std::string& bssid, bool overDs, RoamVia*
         if (!Command(client, command)) return false;
     } else {
         *via = RoamVia::kUnknown;
-        if (!AwaitSign(client, command, bssid, network, known, &seen)) {
+        if (!AwaitSign(client, command, bssid, network, known, &seen) || seen.elsewhere) {
             return On(client, bssid);
         }
         // Keys set, or a build that sends no states, where a call that begins after the roam

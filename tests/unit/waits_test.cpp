@@ -316,6 +316,20 @@ TEST_F(WaitsTest, a_roam_without_ft_on_a_build_without_states_ends_with_its_hand
     }
 }
 
+TEST_F(WaitsTest, a_roam_that_another_client_sent_elsewhere_is_not_taken_for_ours) {
+    // Another client's ROAM won: an FT reassociation to another BSS, its keys cut before their
+    // BSSID behind the association, as the target's would be. The roam is false, at once.
+    const std::string elsewhere = "02:00:00:00:03:00";
+    for (bool desktop : {false, true}) {
+        SCOPED_TRACE(desktop ? "desktop build" : "device build");
+        Station station(Ft(elsewhere), recipes::kCompleted, kAp1, 100, 0, desktop);  // in a call
+        recipes::RoamVia via = recipes::RoamVia::kFull;
+        EXPECT_FALSE(recipes::Roam(*client_, kAp2, false, &via));
+        EXPECT_EQ(0, station.lateWaits);
+        EXPECT_EQ(recipes::RoamVia::kUnknown, via);
+    }
+}
+
 TEST_F(WaitsTest, a_connection_completed_before_its_wait_begins_is_known_at_once) {
     // A known access point of an open network: done within milliseconds of the command, all of
     // it between the command's call and the wait's first.

@@ -289,7 +289,8 @@ bool Disconnect(WpacliWrapper& client);
 // Connects again after Disconnect(); returns the BSSID connected to.
 bool Reconnect(WpacliWrapper& client, std::string* bssid);
 
-// Moves the association to |bssid| (a BSS of the same network, seen in a scan).
+// Moves the association to |bssid| (a BSS of the same network, seen in a scan), written as the
+// supplicant writes BSSIDs, in lower case: events are matched against it.
 bool Roam(WpacliWrapper& client, const std::string& bssid);
 
 // How a roam moved the association, as its events told it.

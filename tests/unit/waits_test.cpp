@@ -110,6 +110,7 @@ class Station {
     int events = 0;     // the flow's events that reached the client
     int lateWaits = 0;  // waits that found no event once the flow had ended: 3 s each
     std::string flags = "[WPA2-PSK+FT/PSK-CCMP][ESS]";  // of every BSS
+    bool burstAtStatus = false;  // the last burst comes between a call's attach and its STATUS
     int state() const { return state_; }
 
   private:
@@ -123,6 +124,7 @@ class Station {
         if (command == "STATUS-NO_EVENTS") return status;
         if (command != "STATUS") return "OK\n";
         ++queries;
+        if (burstAtStatus && flow_.before.empty()) Burst();
         if (!desktop_) fake::Emit(StateChange(state_, bssid_));
         if (state_ != recipes::kCompleted) {
             if (!desktop_) Next(false);
@@ -328,6 +330,28 @@ TEST_F(WaitsTest, a_roam_that_another_client_sent_elsewhere_is_not_taken_for_our
         EXPECT_EQ(0, station.lateWaits);
         EXPECT_EQ(recipes::RoamVia::kUnknown, via);
     }
+}
+
+TEST_F(WaitsTest, the_state_a_status_call_sends_is_not_taken_for_a_handshake) {
+    // An 802.1X network's first roam: its association's burst comes between a STATUS call's
+    // attach and its STATUS, whose own state event then follows it, cut as a handshake's state
+    // would be. The EAP exchange comes after: the roam is full, or unknown, never cached.
+    const std::string to = kAp2;
+    Flow flow{{"<3>Trying to associate with " + to + " (SSID='tesmir-eap' freq=2437 MHz)"},
+              {StateChange(kAssociated, kAp1), "<3>Associated with " + to,
+               "<3>CTRL-EVENT-SUBNET-STATUS-UPDATE status=0"},
+              {"<3>CTRL-EVENT-EAP-STARTED EAP authentication started",
+               "<3>CTRL-EVENT-EAP-METHOD EAP vendor 0 method 25 (PEAP) selected",
+               "<3>CTRL-EVENT-EAP-SUCCESS EAP authentication completed successfully",
+               StateChange(7, to), StateChange(8, to), StateChange(recipes::kCompleted, to),
+               "<3>WPA: Key negotiation completed with " + to + " [PTK=CCMP GTK=CCMP]"}};
+    Station station(flow, recipes::kCompleted, kAp1, 100, 0);  // in a call
+    station.flags = "[WPA2-EAP-CCMP][ESS]";
+    station.burstAtStatus = true;
+    recipes::RoamVia via = recipes::RoamVia::kCached;
+    EXPECT_TRUE(recipes::Roam(*client_, to, false, &via));
+    EXPECT_TRUE(via == recipes::RoamVia::kFull || via == recipes::RoamVia::kUnknown)
+            << static_cast<int>(via);
 }
 
 TEST_F(WaitsTest, a_connection_completed_before_its_wait_begins_is_known_at_once) {

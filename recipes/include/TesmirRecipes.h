@@ -302,32 +302,33 @@ enum class RoamVia {
     kFull,      // an EAP exchange, or a PSK network's handshake
 };
 
-// Roam() over the DS when |overDs| (FT_DS: the network's APs must offer FT over the DS), telling
-// in |via| how, from the order of the supplicant's own events that one call saw after the
-// association: an EAP event (full); keys before any state (FT on a build that sends states);
-// a handshake's state (cached for an 802.1X network, full for PSK). What the network is comes
-// from the flags (BSS) of the BSSes left and joined. kUnknown when a burst was split between
-// two calls or fell between them (often, on a device's clock), for FT on a desktop build, which
-// sends no states (or where the keys came before any call showed one), for SAE and OWE, and for
-// keys a driver set itself; never a guess. Beyond Roam(): STATUS and BSS for the BSS left, BSS
-// for the one joined once the roam began, and waiting-mode calls. The first sends ROAM or FT_DS
-// itself, so that no event of the roam comes before a call is attached; waiting mode drops its
-// reply, so a refused roam returns false, and one to the BSS already joined true, after 3 s. The
-// others send STATUS. A build as devices build it answers with the state as an event, so each
+// Roam() over the DS when |overDs| (FT_DS: the network's APs must offer FT over the DS), telling in
+// |via| how, from the order of the supplicant's own events that one call saw after the association:
+// an EAP event (full); keys before any state (FT on a build that sends states); a handshake's state
+// (cached for an 802.1X network, full for PSK). What the network is comes from the flags (BSS) of
+// the BSSes left and joined. kUnknown when a burst was split between two calls or fell between them
+// (often, on a device's clock), for FT on a desktop build, which sends no states (or where the keys
+// came before any call showed one), for a cached roam whose association came in a call that sent
+// STATUS (that call's own state event follows it, cut as the handshake's would be), for SAE and
+// OWE, and for keys a driver set itself; never a guess. Beyond Roam(): STATUS and BSS for the BSS
+// left, BSS for the one joined once the roam began, and waiting-mode calls. The first sends ROAM or
+// FT_DS itself, so that no event of the roam comes before a call is attached; waiting mode drops
+// its reply, so a refused roam returns false, and one to the BSS already joined true, after 3 s.
+// The others send STATUS. A build as devices build it answers with the state as an event, so each
 // returns at once, sending every attached client the state; 16 in a row that show the same state
-// are followed by a PING that waits for the next event, which waits out 3 s if the roam ended
-// just before it. The roam ends at the state that shows it completed, or at the keys, which the
-// supplicant sets in the same step. Keys cut before their BSSID count as |bssid|'s right behind
-// an association, since an association to any other BSS ends the calls (the roam then returns
-// false); elsewhere a direct STATUS checks the BSSID. A desktop build answers without one: each
-// call waits as PING would. A direct STATUS after the last, and before each from the third on
-// where the BSS left offers FT (whose keys come with the reassociation), ends them once the
-// station is associated to |bssid|; not once a call saw it associate without keys: STATUS shows
-// the BSSID from the association on, and a roam sent before the handshake ends is answered OK
-// and dropped (sme.c), so the roam waits for the keys. A network configured without FT on APs
-// that offer it can still end before its handshake, when its association came between two
-// calls. A call that begins after the roam ended waits out 3 s. How often, and how each way
-// told, measured on mac80211 (the supplicant's own SME): docs/RECIPES.md, "Roaming".
+// are followed by a PING that waits for the next event, which waits out 3 s if the roam ended just
+// before it. The roam ends at the state that shows it completed, or at the keys, which the
+// supplicant sets in the same step. Keys cut before their BSSID count as |bssid|'s right behind an
+// association, since an association to any other BSS ends the calls (the roam then returns false);
+// elsewhere a direct STATUS checks the BSSID. A desktop build answers without one: each call waits
+// as PING would. A direct STATUS after the last, and before each from the third on where the BSS
+// left offers FT (whose keys come with the reassociation), ends them once the station is associated
+// to |bssid|; not once a call saw it associate without keys: STATUS shows the BSSID from the
+// association on, and a roam sent before the handshake ends is answered OK and dropped (sme.c), so
+// the roam waits for the keys. A network configured without FT on APs that offer it can still end
+// before its handshake, when its association came between two calls. A call that begins after the
+// roam ended waits out 3 s. How often, and how each way told, measured on mac80211 (the
+// supplicant's own SME): docs/RECIPES.md, "Roaming".
 bool Roam(WpacliWrapper& client, const std::string& bssid, bool overDs, RoamVia* via);
 
 // Waits up to |seconds| for the link to drop (the AP going away, or a deauthentication), and

@@ -111,20 +111,20 @@ class Station {
     int lateWaits = 0;  // waits that found no event once the flow had ended: 3 s each
     std::string flags = "[WPA2-PSK+FT/PSK-CCMP][ESS]";  // of every BSS
     bool burstAtStatus = false;  // the last burst comes between a call's attach and its STATUS
-    int state() const { return state_; }
+    int CurrentState() const { return state_; }
 
   private:
     std::string Reply(const std::string& command) {
         if (command == "PING") return "PONG\n";
         if (command == "ADD_NETWORK") return "0\n";
         if (command.rfind("BSS ", 0) == 0) return "flags=" + flags + "\n";
+        if (command == "STATUS" && burstAtStatus && flow_.before.empty()) Burst();
         // From ASSOCIATED on, STATUS begins with the BSSID (ctrl_iface.c), handshake or not.
-        const std::string status = state_ >= kAssociated ? "bssid=" + bssid_ + "\nfreq=2412\n"
-                                                         : "wpa_state=ASSOCIATING\n";
+        std::string status = state_ >= kAssociated ? "bssid=" + bssid_ + "\nfreq=2412\n"
+                                                   : "wpa_state=ASSOCIATING\n";
         if (command == "STATUS-NO_EVENTS") return status;
         if (command != "STATUS") return "OK\n";
         ++queries;
-        if (burstAtStatus && flow_.before.empty()) Burst();
         if (!desktop_) fake::Emit(StateChange(state_, bssid_));
         if (state_ != recipes::kCompleted) {
             if (!desktop_) Next(false);
@@ -312,7 +312,7 @@ TEST_F(WaitsTest, a_roam_without_ft_on_a_build_without_states_ends_with_its_hand
         station.flags = "[WPA2-PSK-CCMP][ESS]";
         recipes::RoamVia via = recipes::RoamVia::kFt;
         EXPECT_TRUE(recipes::Roam(*client_, to, false, &via));
-        EXPECT_EQ(recipes::kCompleted, station.state());
+        EXPECT_EQ(recipes::kCompleted, station.CurrentState());
         EXPECT_EQ(0, station.lateWaits);
         EXPECT_TRUE(via == recipes::RoamVia::kFull || via == recipes::RoamVia::kUnknown);
     }

@@ -289,8 +289,7 @@ bool Disconnect(WpacliWrapper& client);
 // Connects again after Disconnect(); returns the BSSID connected to.
 bool Reconnect(WpacliWrapper& client, std::string* bssid);
 
-// Moves the association to |bssid| (a BSS of the same network, seen in a scan), written as the
-// supplicant writes BSSIDs, in lower case: events are matched against it.
+// Moves the association to |bssid| (a BSS of the same network, seen in a scan), in either case.
 bool Roam(WpacliWrapper& client, const std::string& bssid);
 
 // How a roam moved the association, as its events told it.

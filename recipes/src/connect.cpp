@@ -3,7 +3,6 @@
 
 // Connecting, staying connected and disconnecting.
 
-#include <ctype.h>
 #include <stdlib.h>
 
 #include <chrono>
@@ -123,9 +122,7 @@ std::string OutcomePattern(const std::string& id) {
 std::string AskedField(const std::string& request) {
     if (request == "PASSPHRASE") return "private_key_passwd";
     if (request == "PSK_PASSPHRASE") return "psk";
-    std::string field;
-    for (char c : request) field += static_cast<char>(tolower(static_cast<unsigned char>(c)));
-    return field;
+    return Lower(request);
 }
 
 // The reason SSID-TEMP-DISABLED gives after the SSID, which it prints escaped between quotes:

@@ -215,13 +215,8 @@ RoamVia Judge(Sign sign, bool sentState, bool overDs, const Network& network) {
     return RoamVia::kUnknown;
 }
 
-}  // namespace
-
-bool Roam(WpacliWrapper& client, const std::string& bssid) {
-    return Roam(client, bssid, false, nullptr);
-}
-
-bool Roam(WpacliWrapper& client, const std::string& bssid, bool overDs, RoamVia* via) {
+// Roam() with |bssid| in lower case, as events and STATUS write it.
+bool RoamTo(WpacliWrapper& client, const std::string& bssid, bool overDs, RoamVia* via) {
     // What the network is, from the BSS the station leaves, read while it is held.
     std::string from;
     Network network;
@@ -263,6 +258,16 @@ bool Roam(WpacliWrapper& client, const std::string& bssid, bool overDs, RoamVia*
     }
     *via = Judge(seen.sign, seen.sentState, overDs, network);
     return true;
+}
+
+}  // namespace
+
+bool Roam(WpacliWrapper& client, const std::string& bssid) {
+    return RoamTo(client, Lower(bssid), false, nullptr);
+}
+
+bool Roam(WpacliWrapper& client, const std::string& bssid, bool overDs, RoamVia* via) {
+    return RoamTo(client, Lower(bssid), overDs, via);
 }
 
 }  // namespace tesmir::recipes

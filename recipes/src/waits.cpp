@@ -3,6 +3,7 @@
 
 #include "waits.h"
 
+#include <ctype.h>
 #include <stdlib.h>
 
 #include <chrono>
@@ -57,6 +58,12 @@ std::string Field(const std::string& reply, const std::string& key) {
 
 int Number(const std::string& text) {
     return static_cast<int>(strtol(text.c_str(), nullptr, 10));
+}
+
+std::string Lower(const std::string& text) {
+    std::string lower;
+    for (char c : text) lower += static_cast<char>(tolower(static_cast<unsigned char>(c)));
+    return lower;
 }
 
 bool Matches(const std::string& event, const std::string& name) {

@@ -33,6 +33,9 @@ std::string Field(const std::string& reply, const std::string& key);
 
 int Number(const std::string& text);
 
+// |text| in lower case, as the supplicant writes BSSIDs and network field names.
+std::string Lower(const std::string& text);
+
 // Whether |event| is the event EventPattern(name) matches.
 bool Matches(const std::string& event, const std::string& name);
 

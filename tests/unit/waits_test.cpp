@@ -330,6 +330,10 @@ TEST_F(WaitsTest, a_roam_that_another_client_sent_elsewhere_is_not_taken_for_our
         EXPECT_EQ(0, station.lateWaits);
         EXPECT_EQ(recipes::RoamVia::kUnknown, via);
     }
+    // A target given in upper case is the BSSID the events write in lower case, not another.
+    Station station(Ft("02:00:00:00:0a:00"), recipes::kCompleted, kAp1, 100, 0);
+    EXPECT_TRUE(recipes::Roam(*client_, "02:00:00:00:0A:00"));
+    EXPECT_EQ(0, station.lateWaits);
 }
 
 TEST_F(WaitsTest, the_state_a_status_call_sends_is_not_taken_for_a_handshake) {

@@ -4,7 +4,6 @@
 // tesmir-recipes: runs one recipe of TesmirRecipes.h against a supplicant's control socket and
 // prints what it found. Exit statuses in kUsage.
 
-#include <ctype.h>
 #include <inttypes.h>
 #include <limits.h>
 #include <stdio.h>
@@ -285,11 +284,8 @@ int Run(WpacliWrapper& client, const std::string& socket, const std::vector<std:
         done = recipes::Forget(client);
     } else if (recipe == "roam") {
         if (args.size() > 2 && arg(2) != "ds") return Usage();
-        // As the supplicant writes BSSIDs, which Roam() matches its events against.
-        std::string bssid;
-        for (char c : arg(1)) bssid += static_cast<char>(tolower(static_cast<unsigned char>(c)));
         recipes::RoamVia via = recipes::RoamVia::kUnknown;
-        done = recipes::Roam(client, bssid, args.size() > 2, &via) &&
+        done = recipes::Roam(client, arg(1), args.size() > 2, &via) &&
                PrintStatus(client, options, std::string(" via=") + kVias[static_cast<int>(via)]);
     } else if (recipe == "wait-link-loss") {
         int reason = 0;

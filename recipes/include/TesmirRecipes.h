@@ -314,7 +314,7 @@ enum class RoamVia {
 // FT_DS itself, so that no event of the roam comes before a call is attached; waiting mode drops
 // its reply, so a refused roam returns false, and one to the BSS already joined true, after 3 s.
 // The others send STATUS. A build as devices build it answers with the state as an event, so each
-// returns at once, sending every attached client the state; 16 in a row that show the same state
+// returns at once, sending every attached client the state; 32 in a row that show the same state
 // are followed by a PING that waits for the next event, which waits out 3 s if the roam ended just
 // before it. The roam ends at the state that shows it completed, or at the keys, which the
 // supplicant sets in the same step. Keys cut before their BSSID count as |bssid|'s right behind an

@@ -203,6 +203,7 @@ bool IsConnectField(const std::string& name) {
 
 bool Connect(WpacliWrapper& client, const std::string& ssid, Security security,
              const std::string& passphrase, const std::string& freqs, std::string* bssid) {
+    CompileEventPatterns();
     std::vector<Setting> settings = SecuritySettings(ssid, security, passphrase);
     // A full scan of every channel takes seconds; the network's own channels take a fraction.
     if (!freqs.empty()) settings.emplace_back("scan_freq", freqs);
@@ -221,6 +222,7 @@ bool Connect(WpacliWrapper& client, const std::string& ssid, Security security,
              const std::string& passphrase, const std::vector<NetworkField>& fields,
              const std::string& freqs, ConnectResult* result, int seconds) {
     *result = ConnectResult();
+    CompileEventPatterns();
     std::vector<Setting> settings = SecuritySettings(ssid, security, passphrase);
     if (!freqs.empty()) settings.emplace_back("scan_freq", freqs);
     for (const NetworkField& field : fields) {
@@ -325,6 +327,7 @@ bool Disconnect(WpacliWrapper& client) {
 }
 
 bool Reconnect(WpacliWrapper& client, std::string* bssid) {
+    CompileEventPatterns();
     Completion completion;
     completion.happened = HeldAssociation(client);
     return Command(client, "RECONNECT") && AwaitCompleted(client, completion, bssid);

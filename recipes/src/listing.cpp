@@ -7,6 +7,8 @@
 #include <stdlib.h>
 
 #include <algorithm>
+#include <regex>
+#include <string>
 #include <vector>
 
 #include "TesmirRecipes.h"
@@ -97,6 +99,7 @@ bool QueryBss(WpacliWrapper& client, const std::string& which, const char* mask,
 }
 
 bool Scan(WpacliWrapper& client, const std::string& freqs) {
+    CompileEventPatterns();
     // FAIL-BUSY while another client's scan runs (on a device, the framework's): its results
     // come first, then ours may start.
     std::string reply;
@@ -116,9 +119,12 @@ bool Scan(WpacliWrapper& client, const std::string& freqs) {
     wait.pattern = EventPattern("CTRL-EVENT-(SCAN-RESULTS|SCAN-FAILED|BSS-ADDED) ");
     wait.askState = true;
     wait.happened = [&client] { return HoldsBss(client); };
-    wait.judge = [&scanning](const std::string& event) {
-        if (Matches(event, "CTRL-EVENT-(SCAN-RESULTS|BSS-ADDED) ")) return Verdict::kDone;
-        if (Matches(event, "CTRL-EVENT-SCAN-FAILED ")) return Verdict::kFailed;
+    wait.judge = [&scanning,
+                  results = std::regex(EventPattern("CTRL-EVENT-(SCAN-RESULTS|BSS-ADDED) ")),
+                  failed = std::regex(EventPattern("CTRL-EVENT-SCAN-FAILED "))](
+                         const std::string& event) {
+        if (std::regex_search(event, results)) return Verdict::kDone;
+        if (std::regex_search(event, failed)) return Verdict::kFailed;
         State state;
         if (ParseState(event, &state)) {
             if (state.state == 3) scanning = true;

@@ -218,6 +218,7 @@ RoamVia Judge(Sign sign, bool sentState, bool overDs, const Network& network) {
 
 // Roam() with |bssid| in lower case, as events and STATUS write it.
 bool RoamTo(WpacliWrapper& client, const std::string& bssid, bool overDs, RoamVia* via) {
+    CompileEventPatterns();
     // What the network is, from the BSS the station leaves, read while it is held.
     std::string from;
     Network network;

@@ -36,8 +36,9 @@ int Number(const std::string& text);
 // |text| in lower case, as the supplicant writes BSSIDs and network field names.
 std::string Lower(const std::string& text);
 
-// Whether |event| is the event EventPattern(name) matches.
-bool Matches(const std::string& event, const std::string& name);
+// Compiles the patterns the waits read events with, once per process: a flow calls it before its
+// first command, so that no compile falls between two of its calls.
+void CompileEventPatterns();
 
 // For a wait on a connection whose event may be lost, on a build that sends no state: whether
 // the station has stayed associated through two periods of 3 s without events.

@@ -4,12 +4,12 @@
 #
 # Regenerates docs/RECIPES.md's tables of how EAP connects end and how roams are told: runs
 # scripts/radio-lab/outcomes.sh in the radio lab's enterprise layout and radio-lab/roams.sh in its
-# roaming layout, RUNS times a case (default 10), on both supplicant builds and both clocks, and
+# roaming layout, RUNS times a case (default 30), on both supplicant builds and both clocks, and
 # writes the counts between the page's outcome-survey and roam-survey markers.
 #   outcome-survey.sh [RUNS]
 set -euo pipefail
 cd "$(dirname "$0")/.."
-runs=${1:-10}
+runs=${1:-30}
 cmake -S . -B build -G Ninja -DTESMIR_BUILD_TOOLS=ON >/dev/null
 cmake --build build --target tesmir-recipes >/dev/null
 work=$(mktemp -d)

@@ -16,15 +16,28 @@ tool() { "$recipes" "$socket" "$@" 2>/dev/null; }
 joined() { sed -n 's/^bssid=\([^ ]*\) .*/\1/p'; }
 via() { sed -n 's/.* \(via=[a-z-]*\)$/\1/p'; }
 count() { sort | uniq -c | sed -E 's/^ *([0-9]+) (.*)$/\2\t\1/'; }
+# How a roam was told: its via=, or "failed" when the tool printed no line.
+told() {
+    local line
+    line=$(tool roam "$@" | via)
+    echo "${line:-failed}"
+}
 
 # Joins |ssid| and roams between its two BSSes RUNS times: case ssid first second roam-args...
+# A connect that failed counts once, as what it said last.
 alternate() {
     local name=$1 ssid=$2 a=$3 b=$4 here
     shift 4
-    here=$(tool connect "$ssid" psk tesmir-passphrase "2412 2437 2462" "$@" | joined)
+    here=$("$recipes" "$socket" connect "$ssid" psk tesmir-passphrase "2412 2437 2462" "$@" \
+        2>"$TESMIR_LAB_DIR/roams.err" | joined)
+    if [ -z "$here" ]; then
+        printf '%s\tconnect %s\t1\n' "$name" "$(tail -n 1 "$TESMIR_LAB_DIR/roams.err")"
+        tool forget >/dev/null
+        return
+    fi
     for _ in $(seq "$runs"); do
         [ "$here" = "$a" ] && here=$b || here=$a
-        printf '%s\t%s\n' "$name" "$(tool roam "$here" ${ds:+ds} | via)"
+        printf '%s\t%s\n' "$name" "$(told "$here" ${ds:+ds})"
     done | count
     tool forget >/dev/null
 }
@@ -39,7 +52,7 @@ for _ in $(seq "$runs"); do
     a=$(tool connect tesmir-eap eap "2412 2437" eap=PEAP identity=tesmir-user \
         password=tesmir-password phase2=auth=MSCHAPV2 "ca_cert=$certs/ca.pem" | joined)
     [ "$a" = 02:00:00:00:01:01 ] && b=02:00:00:00:02:01 || b=02:00:00:00:01:01
-    printf '%s\t%s\n' "PEAP, first roam" "$(tool roam "$b" | via)"
-    printf '%s\t%s\n' "PEAP, back on the cached PMK" "$(tool roam "$a" | via)"
+    printf '%s\t%s\n' "PEAP, first roam" "$(told "$b")"
+    printf '%s\t%s\n' "PEAP, back on the cached PMK" "$(told "$a")"
     tool forget >/dev/null
 done | count

@@ -266,9 +266,17 @@ struct ConnectResult {
 // up to |seconds|. Which fields each kind of security needs, and what each outcome costs:
 // docs/RECIPES.md, "Connecting". Every field goes in a SET_NETWORK command, which the library
 // logs verbatim at mask 0x04 (TesmirLogLevel.h): passwords and key passphrases included.
+// |prompter|, when given, is a second client open on the same socket, used from a thread of the
+// call's own for its duration; the host makes no other call on it meanwhile. A call of the wait
+// that has heard nothing for 100 ms is then sent the state through it (STATUS, which a build as
+// devices build it sends every attached client): an exchange whose last events all came between
+// two calls is known then, not after the call's 3 s. A desktop build sends nothing on STATUS.
+// Connect() returns once that thread's last STATUS is answered: should the supplicant stop
+// answering, up to libwpa_client's 10 s later.
 bool Connect(WpacliWrapper& client, const std::string& ssid, Security security,
              const std::string& passphrase, const std::vector<NetworkField>& fields,
-             const std::string& freqs, ConnectResult* result, int seconds = 30);
+             const std::string& freqs, ConnectResult* result, int seconds = 30,
+             WpacliWrapper* prompter = nullptr);
 
 // The BSSID of the current association, from the first line of STATUS-NO_EVENTS (STATUS that on
 // a build as devices build it sends no event); false when there is none.

@@ -220,7 +220,8 @@ bool Connect(WpacliWrapper& client, const std::string& ssid, Security security,
 
 bool Connect(WpacliWrapper& client, const std::string& ssid, Security security,
              const std::string& passphrase, const std::vector<NetworkField>& fields,
-             const std::string& freqs, ConnectResult* result, int seconds) {
+             const std::string& freqs, ConnectResult* result, int seconds,
+             WpacliWrapper* prompter) {
     *result = ConnectResult();
     CompileEventPatterns();
     std::vector<Setting> settings = SecuritySettings(ssid, security, passphrase);
@@ -244,6 +245,7 @@ bool Connect(WpacliWrapper& client, const std::string& ssid, Security security,
         return JudgeOutcome(event, security, result);
     };
     completion.seconds = seconds;
+    completion.prompter = prompter;
     // Without the state as events, a connection held through two quiet periods counts as made.
     completion.happened = HeldAssociation(client);
     if (security == Security::kEap) {

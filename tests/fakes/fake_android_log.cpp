@@ -12,6 +12,7 @@
 #include "fakes.h"
 
 extern "C" int __android_log_print(int prio, const char* tag, const char* fmt, ...) {
+    std::lock_guard<std::recursive_mutex> hold(fake::Lock());
     const int savedErrno = errno;  // as liblog: a log call leaves errno alone
     char text[4096];               // more than any message (an event is at most 512 bytes)
     va_list args;

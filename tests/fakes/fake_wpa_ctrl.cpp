@@ -8,6 +8,7 @@
 #include <sys/select.h>
 
 #include <algorithm>
+#include <condition_variable>
 #include <memory>
 
 #include <wpa_ctrl.h>
@@ -30,7 +31,13 @@ struct State {
     std::vector<std::string> transcript;
     std::vector<std::unique_ptr<wpa_ctrl>> open;
     int lastId = 0;
+    int waitingId = 0;  // the connection a select is waiting on, 0 when none
 };
+
+std::condition_variable_any& Emitted() {
+    static auto* emitted = new std::condition_variable_any();
+    return *emitted;
+}
 
 State& Get() {
     static auto* state = new State();
@@ -64,14 +71,36 @@ void Reset() {
     Get() = State();
 }
 
+std::recursive_mutex& Lock() {
+    static auto* lock = new std::recursive_mutex();
+    return *lock;
+}
+
 void SendEvent(const std::string& bytes) {
+    std::lock_guard<std::recursive_mutex> hold(Lock());
     Get().open.back()->events.push_back(bytes);
 }
 
 bool Emit(const std::string& bytes) {
-    if (!Get().open.back()->attached) return false;
-    SendEvent(bytes);
-    return true;
+    std::lock_guard<std::recursive_mutex> hold(Lock());
+    bool sent = false;
+    for (const auto& ctrl : Get().open) {
+        if (!ctrl->attached) continue;
+        ctrl->events.push_back(bytes);
+        sent = true;
+    }
+    if (sent) Emitted().notify_all();
+    return sent;
+}
+
+bool AwaitEmit(std::chrono::milliseconds most) {
+    // Called inside select, which holds the lock once: waiting releases it.
+    return Emitted().wait_for(Lock(), most, [] {
+        for (const auto& ctrl : Get().open) {
+            if (ctrl->id == Get().waitingId && !ctrl->events.empty()) return true;
+        }
+        return false;
+    });
 }
 
 int OpenConnections() {
@@ -86,6 +115,7 @@ using fake::Record;
 extern "C" {
 
 struct wpa_ctrl* wpa_ctrl_open(const char* ctrl_path) {
+    std::lock_guard<std::recursive_mutex> hold(fake::Lock());
     if (Get().script.onOpen) Get().script.onOpen();
     wpa_ctrl* ctrl = nullptr;
     if (!fake::Next(Get().script.openFails, false)) {
@@ -97,6 +127,7 @@ struct wpa_ctrl* wpa_ctrl_open(const char* ctrl_path) {
 }
 
 void wpa_ctrl_close(struct wpa_ctrl* ctrl) {
+    std::lock_guard<std::recursive_mutex> hold(fake::Lock());
     Record("close", ctrl);
     auto& open = Get().open;
     auto it = std::find_if(open.begin(), open.end(), [&](auto& c) { return c.get() == ctrl; });
@@ -105,12 +136,14 @@ void wpa_ctrl_close(struct wpa_ctrl* ctrl) {
 }
 
 int wpa_ctrl_attach(struct wpa_ctrl* ctrl) {
+    std::lock_guard<std::recursive_mutex> hold(fake::Lock());
     Record("attach", ctrl);
     if (ctrl != nullptr) ctrl->attached = Get().script.attachResult == 0;
     return Get().script.attachResult;
 }
 
 int wpa_ctrl_detach(struct wpa_ctrl* ctrl) {
+    std::lock_guard<std::recursive_mutex> hold(fake::Lock());
     Record("detach", ctrl);
     if (ctrl != nullptr) {
         // libwpa_client reads the reply on the connection the events come on, and drops every
@@ -124,6 +157,7 @@ int wpa_ctrl_detach(struct wpa_ctrl* ctrl) {
 
 int wpa_ctrl_request(struct wpa_ctrl* ctrl, const char* cmd, size_t cmd_len, char* reply,
                      size_t* reply_len, void (*msg_cb)(char*, size_t)) {
+    std::lock_guard<std::recursive_mutex> hold(fake::Lock());
     Record("request", ctrl,
            " " + std::string(cmd, cmd_len) + " (" + std::to_string(*reply_len) + ")" +
                    (msg_cb != nullptr ? " with a callback" : ""));
@@ -139,11 +173,13 @@ int wpa_ctrl_request(struct wpa_ctrl* ctrl, const char* cmd, size_t cmd_len, cha
 }
 
 int wpa_ctrl_get_fd(struct wpa_ctrl* ctrl) {
+    std::lock_guard<std::recursive_mutex> hold(fake::Lock());
     Record("get_fd", ctrl);
     return Get().script.fd.value_or(fake::kFirstFd + ctrl->id);
 }
 
 int wpa_ctrl_recv(struct wpa_ctrl* ctrl, char* reply, size_t* reply_len) {
+    std::lock_guard<std::recursive_mutex> hold(fake::Lock());
     Record("recv", ctrl, " (" + std::to_string(*reply_len) + ")");
     const int result = fake::Next(Get().script.recvResults, ctrl->events.empty() ? -1 : 0);
     // Nothing queued: a real receive would block; scripted success or not, it fails here.
@@ -156,6 +192,7 @@ int wpa_ctrl_recv(struct wpa_ctrl* ctrl, char* reply, size_t* reply_len) {
 }
 
 int wpa_ctrl_pending(struct wpa_ctrl* ctrl) {
+    std::lock_guard<std::recursive_mutex> hold(fake::Lock());
     Record("pending", ctrl);
     return fake::Next(Get().script.pendingResults, ctrl->events.empty() ? 0 : 1);
 }
@@ -166,6 +203,7 @@ int wpa_ctrl_pending(struct wpa_ctrl* ctrl) {
 extern "C" int __wrap_select(  // NOLINT(bugprone-reserved-identifier,readability-identifier-naming)
         int nfds, fd_set* /*readfds*/, fd_set* /*writefds*/, fd_set* /*exceptfds*/,
         struct timeval* timeout) {
+    std::lock_guard<std::recursive_mutex> hold(fake::Lock());
     char entry[64];
     snprintf(entry, sizeof(entry), "select %ld.%06ld", static_cast<long>(timeout->tv_sec),
              static_cast<long>(timeout->tv_usec));
@@ -175,7 +213,11 @@ extern "C" int __wrap_select(  // NOLINT(bugprone-reserved-identifier,readabilit
             return c->id == nfds - 1 - fake::kFirstFd && !c->events.empty();
         });
     };
-    if (!queued() && Get().script.onWait) Get().script.onWait();
+    if (!queued() && Get().script.onWait) {
+        Get().waitingId = nfds - 1 - fake::kFirstFd;
+        Get().script.onWait();
+        Get().waitingId = 0;
+    }
     const fake::Script::SelectStep step = fake::Next(Get().script.selectSteps, {queued() ? 1 : 0});
     // As Linux: what was not spent is written back; a time-out spends it all.
     const auto left = timeout->tv_sec * 1000000 + timeout->tv_usec - step.spentUs;

@@ -13,13 +13,15 @@
 // "[name:line]" prefix shows as N. Events are datagrams queued on the connection opened last: a
 // receive takes one and drops what does not fit, as a datagram socket does, and a detach drops
 // what is left, as libwpa_client does while it reads the detach's reply. SendEvent() queues one
-// whatever the connection's state; Emit() is the supplicant sending one, which only an attached
-// connection gets.
+// whatever the connection's state; Emit() is the supplicant sending one, which every attached
+// connection gets. One lock guards them all, so that clients on two threads may share them.
 
 #include <stddef.h>
 
+#include <chrono>
 #include <deque>
 #include <functional>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -59,9 +61,13 @@ std::vector<std::string>& Transcript();
 void Reset();
 // Queues one event on the connection opened last (an open client's event connection).
 void SendEvent(const std::string& bytes);
-// The supplicant sends an event: queued on the connection opened last while it is attached, else
-// lost (false).
+// The supplicant sends an event: queued on every attached connection; false when none is.
 bool Emit(const std::string& bytes);
+// For Script::onWait: blocks, the lock released, until an event is queued for the waiting select
+// or |most| passed; whether one was.
+bool AwaitEmit(std::chrono::milliseconds most);
 int OpenConnections();
+// Held by every stand-in while it runs.
+std::recursive_mutex& Lock();
 
 }  // namespace fake

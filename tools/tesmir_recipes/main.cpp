@@ -256,9 +256,9 @@ void PrintNetworks(const std::vector<recipes::ConfiguredNetwork>& networks) {
 }
 
 // Runs the recipe: 0 when done, else an exit status of kUsage with its line in |outcome|.
-int Run(WpacliWrapper& client, const std::string& socket, const std::vector<std::string>& args,
-        const ConnectArgs& connect, const Options& options, std::string* note,
-        std::string* outcome) {
+int Run(WpacliWrapper& client, WpacliWrapper* prompter, const std::string& socket,
+        const std::vector<std::string>& args, const ConnectArgs& connect, const Options& options,
+        std::string* note, std::string* outcome) {
     const std::string& recipe = args[0];
     const auto arg = [&args](size_t i) { return i < args.size() ? args[i] : std::string(); };
     const auto id = [&arg](size_t i) { return atoi(arg(i).c_str()); };
@@ -270,7 +270,7 @@ int Run(WpacliWrapper& client, const std::string& socket, const std::vector<std:
     } else if (recipe == "connect") {
         recipes::ConnectResult result;
         recipes::Connect(client, connect.ssid, connect.security, connect.passphrase, connect.fields,
-                         connect.freqs, &result);
+                         connect.freqs, &result, 30, prompter);
         const int status = OutcomeStatus(result, outcome);
         if (status != 0) return status;
         done = PrintStatus(client, options);
@@ -364,13 +364,20 @@ int main(int argc, char** argv) {
         fprintf(stderr, "tesmir-recipes: cannot open %s\n", words[0].c_str());
         return kNotDone;
     }
+    // The connect's second client, which ends a wait that lost the connection's last events
+    // sooner than its 3 s; without one, the wait still ends.
+    std::unique_ptr<WpacliWrapper> prompter;
+    if (run[0] == "connect") {
+        prompter.reset(GetWpacliWrapperHandle());
+        if (prompter->Open(words[0]) != 0) prompter.reset();
+    }
     const int64_t runs = options.Quiet() ? options.repeat : 1;
     int64_t failed = 0;
     int status = 0;
     for (int64_t i = 1; i <= runs; ++i) {
         std::string note;
         std::string outcome;
-        status = Run(*client, words[0], run, connect, options, &note, &outcome);
+        status = Run(*client, prompter.get(), words[0], run, connect, options, &note, &outcome);
         failed += status == 0 ? 0 : 1;
         if (options.Quiet()) {
             printf("run %" PRId64 ": %s%s%s%s\n", i, status == 0 ? "ok" : "failed", note.c_str(),

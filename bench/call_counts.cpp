@@ -24,8 +24,9 @@ std::atomic<int> gQuiet{0};
 std::atomic<int> gQueries{0};
 std::atomic<int> gEvents{0};
 // Whether the command being executed is STATUS: "[Execute] Executing Command: %s" comes first,
-// then, in waiting mode only, GetResponse's "response" or "timed out".
-std::atomic<bool> gStatus{false};
+// then, in waiting mode only, GetResponse's "response" or "timed out". Per thread: a connect's
+// prompter sends its STATUS from a thread of its own, in direct mode.
+thread_local bool gStatus = false;
 // TESMIR_CALL_TRACE set: every line is also kept, with the time in ms, and written to stderr
 // by ResetCounts() and as the program ends; writing it at once would slow the calls it times.
 const bool gTrace = getenv("TESMIR_CALL_TRACE") != nullptr;
@@ -57,10 +58,11 @@ void Trace(const char* fmt, va_list args) {
 void Count(const char* fmt, va_list args) {
     if (strstr(fmt, "Executing Command") != nullptr) {
         (void)va_arg(args, const char*);
+        // Every STATUS counts, a prompter's in direct mode too: each sends the state.
         gStatus = strcmp(va_arg(args, const char*), "STATUS") == 0;
+        if (gStatus) ++gQueries;
     } else if (strstr(fmt, "timed out") != nullptr) {
         ++gQuiet;
-        if (gStatus) ++gQueries;
     } else if (strstr(fmt, "response (len") != nullptr) {
         // A state query hands back its answer, or an event of the supplicant's own that came
         // behind it; only an answer's form (a device build's STATE-CHANGE or "connection")
@@ -70,7 +72,6 @@ void Count(const char* fmt, va_list args) {
         const char* event = va_arg(args, const char*);
         const bool answer = strstr(event, "CTRL-EVENT-STATE-CHANGE") != nullptr ||
                             strstr(event, "CTRL-EVENT-CONNECTED - connection") != nullptr;
-        if (gStatus) ++gQueries;
         if (!gStatus || !answer) ++gEvents;
     }
 }

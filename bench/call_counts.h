@@ -10,7 +10,7 @@
 // needs the info bit in gTesmirLogLevel: CountCalls() sets it.
 struct CallCounts {
     int quiet = 0;    // calls that ended after 3 s without an event
-    int queries = 0;  // STATUS in waiting mode: each sends every attached client the state
+    int queries = 0;  // STATUS, a prompter's too: each sends every attached client the state
     int events = 0;   // events handed back, but for what a state query hands back as its answer
 };
 

@@ -171,8 +171,9 @@ int main(int argc, char** argv) {
     const int rounds = atoi(argv[1]);
     const Lab lab = {dir, socket, argv[2], argv[3], std::string(dir) + "/counts"};
     std::unique_ptr<WpacliWrapper> client(GetWpacliWrapperHandle());
+    std::unique_ptr<WpacliWrapper> prompter(GetWpacliWrapperHandle());
     Listener listener(socket, dir);
-    if (client->Open(socket) != 0 || !listener.ok()) {
+    if (client->Open(socket) != 0 || prompter->Open(socket) != 0 || !listener.ok()) {
         fprintf(stderr, "recipe latency: cannot open %s\n", socket);
         return 1;
     }
@@ -218,7 +219,7 @@ int main(int argc, char** argv) {
     // The roaming layout: an 802.1X connect, and FT-PSK roams beside a PSK network's full ones.
     const Task roamingTasks[] = {
             {"connect-peap", kConnected,
-             [&peap](WpacliWrapper& c) {
+             [&peap, &prompter](WpacliWrapper& c) {
                  std::vector<recipes::NetworkField> fields;
                  for (const std::string& field : peap) {
                      const size_t equals = field.find('=');
@@ -226,7 +227,7 @@ int main(int argc, char** argv) {
                  }
                  recipes::ConnectResult result;
                  return recipes::Connect(c, "tesmir-eap", recipes::Security::kEap, "", fields,
-                                         "2412 2437", &result);
+                                         "2412 2437", &result, 30, prompter.get());
              },
              [&peap] {
                  std::vector<std::string> args = {"connect", "tesmir-eap", "eap", "2412 2437"};
@@ -234,11 +235,11 @@ int main(int argc, char** argv) {
                  return args;
              }},
             {"connect-ft", kConnected,
-             [](WpacliWrapper& c) {
+             [&prompter](WpacliWrapper& c) {
                  recipes::ConnectResult result;
                  return recipes::Connect(c, "tesmir-ft", recipes::Security::kWpa2Psk,
                                          "tesmir-passphrase", {{"key_mgmt", "FT-PSK"}}, "2412 2437",
-                                         &result);
+                                         &result, 30, prompter.get());
              },
              [] {
                  return std::vector<std::string>{"connect",   "tesmir-ft",

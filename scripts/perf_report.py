@@ -155,8 +155,8 @@ def recipe_section(builds, out_dir):
              "detach), which waits while the supplicant is still busy with the event's "
              "aftermath. A run **fell back** when its outcome was "
              "known over 1 s after raw: a wait that lost its last events and waited out 3 s. "
-             "**queries** are the waiting-mode `STATUS` calls of a run, each of which sends every "
-             "attached client the state on a device build; **events** are what its other "
+             "**queries** are the `STATUS` calls of a run, a prompter's included, each of which "
+             "sends every attached client the state on a device build; **events** are what its other "
              "waiting-mode calls handed back; both as median / maximum, and **beyond** is the "
              "most queries a run made beyond its events. The **exchange** is the median "
              "direct-mode `Execute(\"PING\")` (attach, request, detach) of the same run: a "
@@ -166,7 +166,9 @@ def recipe_section(builds, out_dir):
              "floor, not the recipe, sets their time. The **roaming layout** "
              "(`scripts/radio-lab.sh run -a roaming`) adds a PEAP connect with hostapd's own EAP "
              "server, and roams that tell how they went (`Roam` with a `RoamVia`): *roam-ft* by "
-             "FT-PSK over the air, *roam-full* by a PSK network's full handshake. Everything "
+             "FT-PSK over the air, *roam-full* by a PSK network's full handshake. *connect-peap* "
+             "and *connect-ft* are given a second client as their prompter, and so is every "
+             "connect of `tesmir-recipes`. Everything "
              "in User-Mode Linux runs slower than on a device, the supplicant too.", ""]
     points = []
     for build, (ways, exchange) in builds.items():

@@ -234,6 +234,8 @@ bool Connect(WpacliWrapper& client, const std::string& ssid, Security security,
         }
         settings.emplace_back(field.name, kind->text ? TextValue(field.value) : field.value);
     }
+    // Its thread starts before the first command, not in a gap between two calls.
+    Prompter prompting(prompter);
     const bool pmksaBefore = security == Security::kEap && HoldsPmksa(client);
     std::string id;
     if (!AddAndSelect(client, settings, &id, &result->field)) return false;
@@ -245,7 +247,7 @@ bool Connect(WpacliWrapper& client, const std::string& ssid, Security security,
         return JudgeOutcome(event, security, result);
     };
     completion.seconds = seconds;
-    completion.prompter = prompter;
+    completion.prompter = &prompting;
     // Without the state as events, a connection held through two quiet periods counts as made.
     completion.happened = HeldAssociation(client);
     if (security == Security::kEap) {

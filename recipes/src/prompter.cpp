@@ -8,9 +8,16 @@
 namespace tesmir::recipes {
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 // Longer than the pauses within an exchange the wait follows, so that a prompt seldom ends a
 // call in the middle of one: each call more is one gap more, in which an event may be lost.
 constexpr std::chrono::milliseconds kQuiet(100);
+
+int64_t Now() {
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(Clock::now().time_since_epoch())
+            .count();
+}
 
 }  // namespace
 
@@ -24,43 +31,39 @@ Prompter::~Prompter() {
         std::lock_guard<std::mutex> lock(mutex_);
         stop_ = true;
     }
-    changed_.notify_one();
+    stopped_.notify_one();
     thread_.join();
 }
 
 void Prompter::Calling(bool mayPrompt) {
-    if (client_ == nullptr) return;
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        ++call_;
-        calling_ = mayPrompt;
-        since_ = std::chrono::steady_clock::now();
-    }
-    changed_.notify_one();
+    if (client_ != nullptr) since_.store(mayPrompt ? Now() : 0);
 }
 
 void Prompter::Returned() {
-    if (client_ == nullptr) return;
-    std::lock_guard<std::mutex> lock(mutex_);
-    calling_ = false;
+    if (client_ != nullptr) since_.store(0);
 }
 
 void Prompter::Run() {
+    const int64_t quiet = std::chrono::nanoseconds(kQuiet).count();
     std::unique_lock<std::mutex> lock(mutex_);
-    uint64_t prompted = 0;
+    int64_t prompted = 0;  // the call prompted last, by when it began
     while (!stop_) {
-        if (!calling_ || call_ == prompted) {
-            changed_.wait(lock);
+        const int64_t since = since_.load();
+        const int64_t now = Now();
+        const bool pending = since != 0 && since != prompted;
+        if (pending && now - since >= quiet) {
+            prompted = since;
+            lock.unlock();
+            std::string reply;
+            client_->Execute("STATUS", "", reply, false);
+            lock.lock();
             continue;
         }
-        const uint64_t call = call_;
-        const auto moved = [this, call] { return stop_ || !calling_ || call_ != call; };
-        if (changed_.wait_until(lock, since_ + kQuiet, moved)) continue;
-        prompted = call;
-        lock.unlock();
-        std::string reply;
-        client_->Execute("STATUS", "", reply, false);
-        lock.lock();
+        // Until the call under way has been quiet long enough, or a while to look again.
+        const int64_t wake = pending ? since + quiet : now + quiet;
+        const Clock::time_point until(
+                std::chrono::duration_cast<Clock::duration>(std::chrono::nanoseconds(wake)));
+        stopped_.wait_until(lock, until, [this] { return stop_; });
     }
 }
 

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -17,7 +18,7 @@ namespace tesmir::recipes {
 // same socket: its STATUS, on a build as devices build it, sends the state to every attached
 // client, the waiting call's included. Events that came between two of the wait's calls are lost
 // to it, and a call after them would otherwise wait out its 3 s. Without a client it does
-// nothing; a desktop build sends nothing on STATUS, and then neither does it.
+// nothing. A desktop build sends nothing on STATUS: there a prompt ends no call.
 class Prompter {
   public:
     explicit Prompter(WpacliWrapper* client);
@@ -25,7 +26,8 @@ class Prompter {
     Prompter(const Prompter&) = delete;
     Prompter& operator=(const Prompter&) = delete;
 
-    // Around each call of the wait: one that |mayPrompt| is prompted once, after kQuiet.
+    // Around each call of a wait: one that |mayPrompt| is prompted once, after kQuiet. They
+    // wake nothing: on one CPU, a thread woken at each call widened the gaps between calls.
     void Calling(bool mayPrompt);
     void Returned();
 
@@ -33,12 +35,11 @@ class Prompter {
     void Run();
 
     WpacliWrapper* const client_;
+    // When the call under way that may be prompted began (steady clock, ns); 0 when none.
+    std::atomic<int64_t> since_{0};
     std::mutex mutex_;
-    std::condition_variable changed_;
+    std::condition_variable stopped_;
     bool stop_ = false;
-    bool calling_ = false;  // a call that may be prompted is under way
-    uint64_t call_ = 0;     // counts the calls
-    std::chrono::steady_clock::time_point since_;
     std::thread thread_;
 };
 

@@ -12,7 +12,6 @@
 #include <vector>
 
 #include "WpaStringUtils.h"
-#include "prompter.h"
 
 namespace tesmir::recipes {
 namespace {
@@ -249,12 +248,11 @@ bool AwaitSettling(WpacliWrapper& client, const std::string& command, const Wait
         if (settling.sentState != nullptr) *settling.sentState = sendsState;
         return done;
     };
-    Prompter prompter(settling.prompter);
     for (;;) {
         // Each call hands back the first event that matches, or the last one it examined.
-        prompter.Calling(next == "PING");
+        if (settling.prompter != nullptr) settling.prompter->Calling(next == "PING");
         const int32_t status = client.Execute(next, wait.pattern, response, true);
-        prompter.Returned();
+        if (settling.prompter != nullptr) settling.prompter->Returned();
         bool quiet = false;  // the next call waits for an event, whatever the state
         if (status != 0 && status != kNoEvent) return tell(false);
         if (status == 0) {

@@ -12,6 +12,7 @@
 #include <string>
 
 #include "TesmirRecipes.h"
+#include "prompter.h"
 
 namespace tesmir::recipes {
 
@@ -71,9 +72,8 @@ struct Completion {
     std::string settledBy;
     // Set to whether the supplicant sent its state as events (a build as devices build it).
     bool* sentState = nullptr;
-    // A second client open on the same socket, through which a call that waits for an event is
-    // prompted after a quiet while (Prompter); none when null.
-    WpacliWrapper* prompter = nullptr;
+    // Prompts a call that waits for an event after a quiet while; none when null.
+    Prompter* prompter = nullptr;
 };
 
 // Waits for the station to complete a connection; puts the BSSID in |connected|.

@@ -12,6 +12,8 @@ using Clock = std::chrono::steady_clock;
 
 // Longer than the pauses within an exchange the wait follows, so that a prompt seldom ends a
 // call in the middle of one: each call more is one gap more, in which an event may be lost.
+// Each prompt doubles it for the next, so that a long exchange (a slow RADIUS server) is sent
+// the state five times at most, not ten times a second: the wait's call ends after 3 s anyway.
 constexpr std::chrono::milliseconds kQuiet(100);
 
 int64_t Now() {
@@ -44,7 +46,7 @@ void Prompter::Returned() {
 }
 
 void Prompter::Run() {
-    const int64_t quiet = std::chrono::nanoseconds(kQuiet).count();
+    int64_t quiet = std::chrono::nanoseconds(kQuiet).count();
     std::unique_lock<std::mutex> lock(mutex_);
     int64_t prompted = 0;  // the call prompted last, by when it began
     while (!stop_) {
@@ -53,6 +55,7 @@ void Prompter::Run() {
         const bool pending = since != 0 && since != prompted;
         if (pending && now - since >= quiet) {
             prompted = since;
+            quiet *= 2;
             lock.unlock();
             std::string reply;
             client_->Execute("STATUS", "", reply, false);

@@ -26,7 +26,7 @@ class Prompter {
     Prompter(const Prompter&) = delete;
     Prompter& operator=(const Prompter&) = delete;
 
-    // Around each call of a wait: one that |mayPrompt| is prompted once, after kQuiet. They
+    // Around each call of a wait: one that |mayPrompt| is prompted once, after a quiet while. They
     // wake nothing: on one CPU, a thread woken at each call widened the gaps between calls.
     void Calling(bool mayPrompt);
     void Returned();

@@ -271,7 +271,7 @@ struct ConnectResult {
 // that has heard nothing for 100 ms is then sent the state through it (STATUS, which a build as
 // devices build it sends every attached client): an exchange whose last events all came between
 // two calls is known then, not after the call's 3 s. Each prompt doubles the quiet the next one
-// needs: five at most in a wait. A desktop build sends nothing on STATUS.
+// needs: five at most in a wait. A desktop build sends nothing on STATUS, and is not prompted.
 // Connect() returns once that thread's last STATUS is answered: should the supplicant stop
 // answering, up to libwpa_client's 10 s later.
 bool Connect(WpacliWrapper& client, const std::string& ssid, Security security,

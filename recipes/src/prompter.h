@@ -18,7 +18,7 @@ namespace tesmir::recipes {
 // same socket: its STATUS, on a build as devices build it, sends the state to every attached
 // client, the waiting call's included. Events that came between two of the wait's calls are lost
 // to it, and a call after them would otherwise wait out its 3 s. Without a client it does
-// nothing. A desktop build sends nothing on STATUS: there a prompt ends no call.
+// nothing. A desktop build sends nothing on STATUS: its waits have no call prompted.
 class Prompter {
   public:
     explicit Prompter(WpacliWrapper* client);

@@ -250,7 +250,8 @@ bool AwaitSettling(WpacliWrapper& client, const std::string& command, const Wait
     };
     for (;;) {
         // Each call hands back the first event that matches, or the last one it examined.
-        if (settling.prompter != nullptr) settling.prompter->Calling(next == "PING");
+        // Only a build that sends its state answers a prompt with an event.
+        if (settling.prompter != nullptr) settling.prompter->Calling(next == "PING" && sendsState);
         const int32_t status = client.Execute(next, wait.pattern, response, true);
         if (settling.prompter != nullptr) settling.prompter->Returned();
         bool quiet = false;  // the next call waits for an event, whatever the state

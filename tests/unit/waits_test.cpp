@@ -112,8 +112,9 @@ class Station {
     int events = 0;     // the flow's events that reached the client
     int lateWaits = 0;  // waits that found no event once the flow had ended: 3 s each
     // Such a wait blocks, as a real one does, until another client's STATUS sends it the state;
-    // it is late only if none does within a while.
+    // it is late only if none does within |blocksFor|.
     bool blocks = false;
+    std::chrono::milliseconds blocksFor{2000};
     std::string flags = "[WPA2-PSK+FT/PSK-CCMP][ESS]";  // of every BSS
     bool burstAtStatus = false;  // the last burst comes between a call's attach and its STATUS
     int CurrentState() const { return state_; }
@@ -162,13 +163,14 @@ class Station {
     void Next(bool waiting) {
         if (quiet_ > 0 && waiting) {
             --quiet_;
+            if (blocks) fake::AwaitEmit(blocksFor);
         } else if (!flow_.before.empty()) {
             Pop(&flow_.before, waiting);
         } else if (!flow_.last.empty() && waiting) {
             Burst();
         } else if (!flow_.after.empty() && waiting) {
             Pop(&flow_.after, waiting);
-        } else if (waiting && !(blocks && fake::AwaitEmit(std::chrono::seconds(2)))) {
+        } else if (waiting && !(blocks && fake::AwaitEmit(blocksFor))) {
             ++lateWaits;
         }
     }
@@ -288,6 +290,23 @@ TEST_F(WaitsTest, an_eap_exchange_that_ends_between_two_calls_is_known_through_a
         EXPECT_EQ(recipes::ConnectOutcome::kConnected, result.outcome);
         EXPECT_EQ(kAp1, result.bssid);
         EXPECT_EQ(prompted ? 0 : 1, station.lateWaits);
+    }
+}
+
+TEST_F(WaitsTest, a_build_that_sends_no_state_is_not_prompted) {
+    // It would answer a prompt with no event: a prompt would end no call, only add exchanges.
+    std::unique_ptr<WpacliWrapper> prompter(GetWpacliWrapperHandle());
+    ASSERT_EQ(0, prompter->Open(kPath));
+    Take();
+    // The state query and the PING after it each wait as long as three prompts would take.
+    Station station(Wpa2(kAp1), 0, "00:00:00:00:00:00", kGaps, 2, true);
+    station.blocks = true;
+    station.blocksFor = std::chrono::milliseconds(300);
+    recipes::ConnectResult result;
+    EXPECT_TRUE(recipes::Connect(*client_, "tesmir", recipes::Security::kWpa2Psk, "passphrase", {},
+                                 "", &result, 30, prompter.get()));
+    for (const std::string& request : Take("request 3 ")) {
+        EXPECT_EQ(std::string::npos, request.find("STATUS")) << request;
     }
 }
 

@@ -268,8 +268,8 @@ struct ConnectResult {
 // logs verbatim at mask 0x04 (TesmirLogLevel.h): passwords and key passphrases included.
 // |prompter|, when given, is a second client open on the same socket, used from a thread of the
 // call's own for its duration; the host makes no other call on it meanwhile. A call of the wait
-// that has heard nothing for 100 ms is then sent the state through it (STATUS, which a build as
-// devices build it sends every attached client): an exchange whose last events all came between
+// that has heard nothing for 100 to 200 ms is then sent the state through it (STATUS, which a build
+// as devices build it sends every attached client): an exchange whose last events all came between
 // two calls is known then, not after the call's 3 s. Each prompt doubles the quiet the next one
 // needs: five at most in a wait. A desktop build sends nothing on STATUS, and is not prompted.
 // Connect() returns once that thread's last STATUS is answered: should the supplicant stop

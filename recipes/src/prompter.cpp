@@ -62,7 +62,8 @@ void Prompter::Run() {
             lock.lock();
             continue;
         }
-        // Until the call under way has been quiet long enough, or a while to look again.
+        // Until the call under way has been quiet long enough, or a while to look again: a call
+        // that began just after a look is prompted up to twice the quiet after it began.
         const int64_t wake = pending ? since + quiet : now + quiet;
         const Clock::time_point until(
                 std::chrono::duration_cast<Clock::duration>(std::chrono::nanoseconds(wake)));
